@@ -1,0 +1,13 @@
+# layer(NAME SOURCES... [USES LIBRARY...]): one static library per layer, sources listed by hand.
+# USES names the layers below it; the os_* implementation is left to the program that links.
+# A layer of headers only becomes an interface library.
+function(layer name)
+  cmake_parse_arguments(arg "" "" "USES" ${ARGN})
+  if(arg_UNPARSED_ARGUMENTS)
+    add_library(${name} STATIC ${arg_UNPARSED_ARGUMENTS})
+    target_link_libraries(${name} PUBLIC ${arg_USES})
+  else()
+    add_library(${name} INTERFACE)
+    target_link_libraries(${name} INTERFACE ${arg_USES})
+  endif()
+endfunction()
