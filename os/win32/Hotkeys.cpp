@@ -1,0 +1,36 @@
+#include "os/Hotkeys.h"
+
+#include "os/win32/SystemError.h"
+
+namespace os {
+namespace {
+
+static_assert(kHotkeyMessage == WM_HOTKEY);
+static_assert(HotkeyModifier::Alt == MOD_ALT && HotkeyModifier::Ctrl == MOD_CONTROL &&
+              HotkeyModifier::Shift == MOD_SHIFT && HotkeyModifier::Win == MOD_WIN);
+
+}  // namespace
+
+std::uint16_t AddGlobalAtom(const std::string& text) {
+    const ATOM atom = GlobalAddAtomA(text.c_str());
+    if (atom == 0) ThrowLastError();
+    return atom;
+}
+
+void DeleteGlobalAtom(std::uint16_t atom) {
+    GlobalDeleteAtom(atom);
+}
+
+void RegisterHotkey(WindowHandle window, std::int32_t id, std::uint32_t modifiers, std::uint32_t key) {
+    if (!RegisterHotKey(reinterpret_cast<HWND>(window), id, modifiers, key)) ThrowLastError();
+}
+
+void UnregisterHotkey(WindowHandle window, std::int32_t id) {
+    UnregisterHotKey(reinterpret_cast<HWND>(window), id);
+}
+
+std::uint32_t SystemTicks() {
+    return GetTickCount();
+}
+
+}  // namespace os
