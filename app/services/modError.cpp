@@ -1,0 +1,52 @@
+#include "app/services/modError.h"
+
+#include <memory>
+#include <vector>
+
+#include "app/services/frmError.h"
+
+namespace modError {
+namespace {
+
+class Windows {
+ public:
+    void Open(const std::string& description, std::int32_t number, const std::string& where,
+              std::int16_t line) {
+        if (forms_.size() >= kMostWindows) return;
+        auto form = std::make_unique<frmError>();
+        form->Closed.Bind<&Windows::frmError_Closed>(*this);
+        auto& opened = *forms_.emplace_back(std::move(form));
+        opened.Start(description, std::to_string(number), where, line);
+    }
+    std::size_t Count() const { return forms_.size(); }
+    void Discard() { forms_.clear(); }
+
+ private:
+    void frmError_Closed(frmError& closed) {
+        std::erase_if(forms_, [&](const auto& form) { return form.get() == &closed; });
+    }
+
+    std::vector<std::unique_ptr<frmError>> forms_;
+};
+
+Windows& TheWindows() {
+    static Windows windows;
+    return windows;
+}
+
+}  // namespace
+
+void ReportError(const std::string& description, std::int32_t number, const std::string& where,
+                 std::int16_t line) {
+    TheWindows().Open(description, number, where, line);
+}
+
+std::size_t OpenWindowCount() {
+    return TheWindows().Count();
+}
+
+void DiscardWindows() {
+    TheWindows().Discard();
+}
+
+}  // namespace modError
