@@ -1,0 +1,214 @@
+"""A Windows desk under Wine, for scripts: the registry, the user's hand, wrenlow.exe, and the stand-in for the AIM client.
+
+Everything runs in the prefix and on the display of the environment (tools/wine.sh makes them).
+"""
+import asyncio
+import os
+import re
+import shutil
+import time
+from dataclasses import dataclass
+from pathlib import Path
+
+PATIENCE = 30  # seconds; only bounds what hangs
+SETTINGS = r"HKCU\software\Wrenlow"
+PROXY = r"HKCU\software\America Online\AOL Instant Messenger (TM)\CurrentVersion\Proxy"
+SCREEN_NAME = "Sue Sample"
+OK, CANCEL = 1, 2
+
+
+async def until(condition, what):
+    """Waits for the condition, a function or a coroutine function; gives its value when it is true. `what` is
+    waited for, as a text or a function that gives one."""
+    deadline = time.monotonic() + PATIENCE
+    while True:
+        value = condition()
+        if asyncio.iscoroutine(value):
+            value = await value
+        if value:
+            return value
+        if time.monotonic() > deadline:
+            raise TimeoutError(f"waited {PATIENCE} s in vain for {what() if callable(what) else what}")
+        await asyncio.sleep(0.02)
+
+
+def _start(*command, **streams):
+    # In a session of its own and with no stream from the terminal, from which Wine would make a console: Ctrl-C is for
+    # the script, which closes everything in order.
+    streams = dict.fromkeys(("stdin", "stdout", "stderr"), asyncio.subprocess.DEVNULL) | streams
+    return asyncio.create_subprocess_exec("wine", *map(str, command), start_new_session=True, **streams)
+
+
+async def _wine(*command):
+    """Runs a Windows program to its end; gives its status and output."""
+    process = await _start(*command, stdout=asyncio.subprocess.PIPE)
+    output, _ = await asyncio.wait_for(process.communicate(), PATIENCE)
+    return process.returncode, output.decode(errors="replace")
+
+
+async def registry_values(key):
+    """The values of a key as {name: (type, text)}."""
+    _, output = await _wine("reg", "query", key)
+    return {name: (kind, text) for name, kind, text in re.findall(r"^    (\S+)    (REG_\w+)    (.*?)\r?$", output, re.MULTILINE)}
+
+
+async def registry_set(key, **values):
+    """A text is stored as one, a number as a double word."""
+    for name, value in values.items():
+        kind = "REG_DWORD" if isinstance(value, int) else "REG_SZ"
+        status, output = await _wine("reg", "add", key, "/v", name, "/t", kind, "/d", str(value), "/f")
+        if status:
+            raise RuntimeError(f"cannot set {name}: {output}")
+
+
+async def registry_forget(key):
+    await _wine("reg", "delete", key, "/f")  # which may not be there
+
+
+@dataclass
+class Box:
+    title: str
+    text: str
+    buttons: list
+
+
+class Hand:
+    """The user's hand (tests/win32/Hand.cpp), which stays on the desk."""
+
+    def __init__(self, process):
+        self._process = process
+
+    @classmethod
+    async def reach_out(cls, program):
+        return cls(await _start(program, stdin=asyncio.subprocess.PIPE, stdout=asyncio.subprocess.PIPE))
+
+    async def ask(self, command):
+        self._process.stdin.write(command.encode() + b"\n")
+        answer = await asyncio.wait_for(self._process.stdout.readline(), PATIENCE)
+        if not answer:
+            raise RuntimeError("the hand is gone")
+        return answer.decode().strip("\r\n")
+
+    async def do(self, command, expected):
+        answer = await self.ask(command)
+        if answer != expected:
+            raise RuntimeError(f"{command!r}: {answer}")
+
+    async def boxes(self):
+        fields = (await self.ask("boxes")).split("\t")
+        return [Box(title, text, [int(digit) for digit in buttons]) for title, text, buttons in zip(*[iter(fields)] * 3)]
+
+    async def next_box(self):
+        """Waits until exactly one box is open."""
+        boxes = []
+
+        async def one():
+            boxes[:] = await self.boxes()
+            return len(boxes) == 1
+        await until(one, lambda: f"one box; there are {boxes}")
+        return boxes[0]
+
+    async def press(self, button):
+        await self.do(f"press {button}", "pressed")
+
+    async def windows(self):
+        """The titles of the visible windows; a minimized one has "_" before it."""
+        return (await self.ask("windows")).split("\t")
+
+    async def rest(self):
+        self._process.stdin.close()
+        await asyncio.wait_for(self._process.wait(), PATIENCE)
+
+
+class Wrenlow:
+    PORT = 11080
+
+    def __init__(self, program):
+        self._program, self._process = program, None
+
+    async def start(self):
+        """Does not wait for anything: boxes may want an answer first."""
+        self._process = await _start(self._program, "d")  # d: no update check
+
+    async def wait_until_listening(self):
+        await until(lambda: self.has_ended() or self._listens(), "the listener")
+        if self.has_ended():
+            raise RuntimeError("wrenlow.exe has ended at its start")
+
+    def has_ended(self):
+        return self._process is not None and self._process.returncode is not None
+
+    async def end(self):
+        """Waits for the end; gives the exit status."""
+        return await asyncio.wait_for(self._process.wait(), PATIENCE)
+
+    async def ask_to_end(self):
+        """As a shut-down of the desktop's programs does; returns before the program has ended."""
+        await _wine("taskkill", "/im", "wrenlow.exe")
+
+    async def kill(self):
+        """In case it has not ended; then its port is free."""
+        if self._process and not self.has_ended():
+            self._process.kill()
+        await until(lambda: not self._listens(), "its port to be free")
+
+    @classmethod
+    def _listens(cls):
+        # The kernel's list is read: a probe would be one more connection to relay.
+        entry = f"0100007F:{cls.PORT:04X} 00000000:0000 0A"
+        return entry in Path("/proc/net/tcp").read_text(encoding="ascii")
+
+
+class AimClient:
+    """A copy of aim.exe in a folder of its own, with what it is told (aim.ini) and what it has done (aim.log)."""
+
+    def __init__(self, program, folder, service):
+        self.folder = Path(folder)
+        self.folder.mkdir(parents=True, exist_ok=True)
+        self._log = self.folder / "aim.log"
+        self._log.unlink(missing_ok=True)
+        shutil.copy(program, self.folder / "aim.exe")
+        (self.folder / "aim.ini").write_text(f"[aim]\nName={SCREEN_NAME}\nServiceHost={service.host}\nServicePort={service.port}\n",
+                                             encoding="ascii")
+        self._process = None
+        self._read = 0
+
+    @property
+    def bag(self):
+        """The cached user information of the screen name."""
+        home = Path(os.environ["WINEPREFIX"], "drive_c/users", os.environ.get("USER", "root"))
+        return home / "AppData/Roaming/Aim" / SCREEN_NAME.lower().replace(" ", "") / "userinfo.bag"
+
+    async def start(self):
+        self._process = await _start(self.folder / "aim.exe")
+
+    async def close(self, hand):
+        """Closes it, whichever process it is now; does nothing if there is none."""
+        await hand.ask(f"close {SCREEN_NAME}'s Buddy List Window")
+
+    async def was_ended(self):
+        """Waits until the process that we have started has ended; gives its status."""
+        return await asyncio.wait_for(self._process.wait(), PATIENCE)
+
+    def log(self):
+        """What it has done, as (process, text)."""
+        lines = self._log.read_text(encoding="ascii").splitlines() if self._log.exists() else []
+        return [tuple(line.split(" ", 1)) for line in lines]
+
+    async def does(self, text):
+        """Waits for the next such line of the log; gives the process that wrote it. Lines before it are passed over."""
+        def find():
+            for number, (process, line) in enumerate(self.log()[self._read:], self._read + 1):
+                if line == text:
+                    self._read = number
+                    return process
+            return None
+        return await until(find, lambda: f"{text!r} of the AIM client, which has done {self.log()}")
+
+    async def signs_on(self, way):
+        """Waits until it has started, and has signed on this way; gives the process."""
+        process = await self.does("has started")
+        for line in (f"signs on {way}", f"is signed on as {SCREEN_NAME}"):
+            if await self.does(line) != process:
+                raise AssertionError(f"two AIM clients: {self.log()}")
+        return process
