@@ -1,0 +1,98 @@
+// The contract of os/Files.h, in a folder beside the test program.
+#include "os/Files.h"
+
+#include <gtest/gtest.h>
+
+#include "base/RuntimeError.h"
+#include "tests/contract/RawPeer.h"
+
+namespace {
+
+constexpr std::size_t kAll = 1 << 20;
+
+class FilesContract : public testing::Test {
+ protected:
+    FilesContract() {
+        PrepareContract();
+        folder_ = os::ProgramFolder() + "/" + os::ProgramBaseName() + "-files";
+        os::MakeFolder(folder_);
+        for (const char* name : {"a.txt", "b.txt", "\xE9t\xE9 \x80.txt", "b.txt.new"})
+            os::RemoveFile(In(name));
+    }
+
+    std::string In(const std::string& name) const { return folder_ + "/" + name; }
+
+    std::string folder_;
+};
+
+TEST_F(FilesContract, FoldersAreMadeOnceAndNeedTheirParent) {
+    EXPECT_TRUE(os::FolderExists(folder_));
+    EXPECT_TRUE(os::FolderExists(folder_ + "/"));
+    EXPECT_FALSE(os::FileExists(folder_));
+    EXPECT_NO_THROW(os::MakeFolder(folder_));
+    EXPECT_THROW(os::MakeFolder(In("missing/child")), RuntimeError);
+    os::AppendToFile(In("a.txt"), "");
+    EXPECT_THROW(os::MakeFolder(In("a.txt")), RuntimeError);
+}
+
+TEST_F(FilesContract, AppendingCreatesAndKeepsWhatIsThere) {
+    os::AppendToFile(In("a.txt"), "");
+    EXPECT_TRUE(os::FileExists(In("a.txt")));
+    EXPECT_FALSE(os::FolderExists(In("a.txt")));
+    EXPECT_EQ(os::ReadWholeFile(In("a.txt"), kAll), "");
+    os::AppendToFile(In("a.txt"), "one\r\n");
+    os::AppendToFile(In("a.txt"), std::string("two\0\n", 5));
+    EXPECT_EQ(os::ReadWholeFile(In("a.txt"), kAll), std::string("one\r\ntwo\0\n", 10));
+}
+
+TEST_F(FilesContract, ReadingStopsAtTheLimitAndAnswersNothingForWhatIsNoFile) {
+    os::AppendToFile(In("a.txt"), "0123456789");
+    EXPECT_EQ(os::ReadWholeFile(In("a.txt"), 4), "0123");
+    EXPECT_EQ(os::ReadWholeFile(In("a.txt"), 0), "");
+    EXPECT_EQ(os::ReadWholeFile(In("b.txt"), kAll), std::nullopt);
+    EXPECT_EQ(os::ReadWholeFile(folder_, kAll), std::nullopt);
+}
+
+TEST_F(FilesContract, ReplacingLeavesTheNewContentAndNothingElse) {
+    os::ReplaceFileWith(In("b.txt"), "first, longer");
+    os::ReplaceFileWith(In("b.txt"), "second");
+    EXPECT_EQ(os::ReadWholeFile(In("b.txt"), kAll), "second");
+    EXPECT_FALSE(os::FileExists(In("b.txt.new")));
+}
+
+TEST_F(FilesContract, ChangesInMissingFoldersFailWithANumber) {
+    try {
+        os::AppendToFile(In("missing/a.txt"), "x");
+        ADD_FAILURE() << "appending did not fail";
+    } catch (const RuntimeError& error) {
+        EXPECT_NE(error.Number(), 0);
+    }
+    EXPECT_THROW(os::ReplaceFileWith(In("missing/a.txt"), "x"), RuntimeError);
+    EXPECT_THROW(os::ReplaceFileWith(folder_, "x"), RuntimeError);
+    EXPECT_THROW(os::AppendToFile(folder_, "x"), RuntimeError);
+    EXPECT_TRUE(os::FolderExists(folder_));
+}
+
+TEST_F(FilesContract, RemovingIsNoErrorTwice) {
+    os::AppendToFile(In("a.txt"), "x");
+    os::RemoveFile(In("a.txt"));
+    EXPECT_FALSE(os::FileExists(In("a.txt")));
+    EXPECT_NO_THROW(os::RemoveFile(In("a.txt")));
+}
+
+TEST_F(FilesContract, BothSeparatorsAndNamesInTheCodePageWork) {
+    const auto name = std::string("\xE9t\xE9 \x80.txt");
+    os::AppendToFile(folder_ + "\\" + name, "x");
+    EXPECT_TRUE(os::FileExists(In(name)));
+    EXPECT_EQ(os::ReadWholeFile(folder_ + "\\" + name, kAll), "x");
+}
+
+TEST_F(FilesContract, TheProgramKnowsWhereItIs) {
+    EXPECT_FALSE(os::ProgramFolder().empty());
+    EXPECT_NE(os::ProgramFolder().back(), '/');
+    EXPECT_NE(os::ProgramFolder().back(), '\\');
+    EXPECT_TRUE(os::FolderExists(os::ProgramFolder()));
+    EXPECT_EQ(os::ProgramBaseName().find('.'), std::string::npos);
+}
+
+}  // namespace

@@ -1,0 +1,38 @@
+// RawPeer: a client that does what os::TcpSocket never does, such as aborting the connection, and that needs
+// no loop. One implementation for each network that the contract runs on.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+class RawPeer {
+ public:
+    explicit RawPeer(std::uint16_t port);  // connects to 127.0.0.1
+    ~RawPeer();
+
+    void Send(std::string_view bytes);
+    void EndDirection();  // FIN; receiving goes on
+    void Abort();         // RST, where CanAbort
+
+    // Waits for as many bytes, five seconds at most; what has come.
+    std::string Receive(std::size_t count);
+
+ private:
+    friend class RawListener;
+    struct Impl;
+    explicit RawPeer(std::unique_ptr<Impl> accepted);
+
+    std::unique_ptr<Impl> impl_;
+};
+
+// Wine ends a connection properly whatever it is asked for, so nobody there sees a reset of its making.
+bool CanAbort();
+
+// Whether a socket that is not being read is told of a reset. Windows tells only who reads or sends.
+extern const bool kTellsResetWithoutReading;
+
+// Before each test: a fresh world where the implementation has one.
+void PrepareContract();

@@ -1,0 +1,16 @@
+#include <windows.h>
+
+#include <string>
+
+#include "tests/contract/RegistryStoreContract.h"
+
+void BeginRegistryTest() {
+    EndRegistryTest();
+}
+
+// Key by key, deepest first: SHDeleteKey would be one more library.
+void EndRegistryTest() {
+    const std::string root = kContractKey;
+    for (const auto& key : {root + "\\One\\Two", root + "\\One", root})
+        RegDeleteKeyA(HKEY_CURRENT_USER, key.c_str());
+}

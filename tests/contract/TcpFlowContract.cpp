@@ -1,0 +1,193 @@
+// The contract of os/Tcp.h, lines 6 and 7, and what relaying needs: parts of the read buffer, back-pressure,
+// fairness, many connections.
+#include <stdexcept>
+
+#include "tests/contract/TcpRig.h"
+
+namespace {
+
+class TcpFlowContract : public TcpContract {
+ protected:
+    static std::string_view View(std::span<char> bytes) { return {bytes.data(), bytes.size()}; }
+};
+
+TEST_F(TcpFlowContract, PartsOfTheReadBufferArriveInOrderAndAsTheyWereAtSend) {
+    const auto in = Connect();
+    const auto out = Connect();
+    in->server.onData = [&](std::span<char> bytes) {
+        for (auto& byte : bytes) ++byte;
+        const auto all = View(bytes);
+        auto& socket = *out->server.socket;
+        socket.Send(all.substr(0, 2));
+        socket.Send(all.substr(2, 2));
+        std::string other = "[own]";
+        socket.Send(other);
+        other.assign("xxxxx");
+        socket.Send(all.substr(6));
+        socket.Send(all.substr(0, 1));
+    };
+    in->client.socket->Send("abcdefgh");
+    ASSERT_TRUE(Wait([&] { return out->client.received.size() >= 12; }));
+    EXPECT_EQ(out->client.received, "bcde[own]hib");
+}
+
+TEST_F(TcpFlowContract, OneHandlerMaySendToSeveralSockets) {
+    const auto in = Connect();
+    const auto one = Connect();
+    const auto other = Connect();
+    in->server.onData = [&](std::span<char> bytes) {
+        for (std::size_t index = 0; index < bytes.size(); ++index)
+            (index % 2 == 0 ? one : other)->server.socket->Send(View(bytes).substr(index, 1));
+        in->server.socket->Send("taken");
+    };
+    in->client.socket->Send("a1b2c3");
+    ASSERT_TRUE(Wait([&] {
+        return one->client.received == "abc" && other->client.received == "123" &&
+               in->client.received == "taken";
+    }));
+}
+
+TEST_F(TcpFlowContract, WhatAHandlerSendsBeforeItClosesIsDelivered) {
+    const auto in = Connect();
+    const auto out = Connect();
+    in->server.onData = [&](std::span<char> bytes) {
+        out->server.socket->Send(View(bytes));
+        out->server.socket.reset();
+        in->server.socket.reset();
+    };
+    in->client.socket->Send("farewell");
+    ASSERT_TRUE(Wait([&] { return out->client.events == "CdE" && in->client.events == "CE"; }));
+    EXPECT_EQ(out->client.received, "farewell");
+}
+
+TEST_F(TcpFlowContract, AFailingHandlerLosesNeitherItsBytesNorTheConnection) {
+    const auto in = Connect();
+    const auto out = Connect();
+    in->server.onData = [&](std::span<char> bytes) {
+        out->server.socket->Send(View(bytes));
+        throw std::runtime_error("a handler that fails");
+    };
+    in->client.socket->Send("1");
+    ASSERT_TRUE(Wait([&] { return out->client.received == "1"; }));
+    in->client.socket->Send("2");
+    EXPECT_TRUE(Wait([&] { return out->client.received == "12"; }));
+}
+
+TEST_F(TcpFlowContract, AStuckReceiverCostsABoundedQueueAndSlowsNobody) {
+    const auto in = Connect();
+    const auto out = Connect();
+    const auto bystander = Connect();
+    auto& toSink = *out->server.socket;
+    std::size_t largestQueue = 0;
+    in->server.socket->ReadFor(toSink);
+    in->server.onData = [&](std::span<char> bytes) {
+        toSink.Send(View(bytes));
+        largestQueue = std::max(largestQueue, toSink.QueuedBytes());
+    };
+    out->client.socket->HoldReading(true);
+
+    const auto sent = Pattern(15'000'000);
+    in->client.socket->Send(sent);
+    ASSERT_TRUE(Wait([&] { return toSink.QueuedBytes() > os::kQueueLimit; }));
+    for (int ping = 0; ping < 20; ++ping) {
+        const auto size = static_cast<std::size_t>(ping) + 1;
+        bystander->client.socket->Send("p");
+        ASSERT_TRUE(Wait([&] { return bystander->server.received.size() == size; }));
+    }
+    EXPECT_GT(in->client.socket->QueuedBytes(), 0u);
+    EXPECT_LE(largestQueue, os::kQueueLimit + os::kTurnBytes);
+
+    out->client.socket->HoldReading(false);
+    ASSERT_TRUE(Wait([&] { return out->client.received.size() == sent.size(); }));
+    EXPECT_TRUE(out->client.received == sent);
+    EXPECT_LE(largestQueue, os::kQueueLimit + os::kTurnBytes);
+}
+
+TEST_F(TcpFlowContract, ReadingGoesOnWhenTheStuckPartnerCloses) {
+    const auto in = Connect();
+    const auto out = Connect();
+    in->server.socket->ReadFor(*out->server.socket);
+    in->server.onData = [&](std::span<char> bytes) {
+        if (out->server.socket) out->server.socket->Send(View(bytes));
+    };
+    out->client.socket->HoldReading(true);
+    in->client.socket->Send(Pattern(15'000'000));
+    in->client.socket->Close();
+    ASSERT_TRUE(Wait([&] { return out->server.socket->QueuedBytes() > os::kQueueLimit; }));
+    LetPass();
+    EXPECT_EQ(in->server.events, "d");
+    out->server.socket.reset();
+    EXPECT_TRUE(Wait([&] { return in->server.events == "dE"; }));
+}
+
+TEST_F(TcpFlowContract, ABusySocketLetsOthersHaveTheirTurn) {
+    const auto busy = Connect();
+    const auto quiet = Connect();
+    std::size_t busyBytes = 0;
+    std::size_t atPing = 0;
+    std::size_t longestWait = 0;
+    int pings = 0;
+    busy->server.onData = [&](std::span<char> bytes) {
+        busyBytes += bytes.size();
+        if (atPing == 0) {
+            atPing = busyBytes;
+            quiet->client.socket->Send("p");
+        }
+    };
+    quiet->server.onData = [&](std::span<char>) {
+        longestWait = std::max(longestWait, busyBytes - atPing);
+        atPing = 0;
+        ++pings;
+    };
+    busy->client.socket->Send(std::string(10'000'000, 'x'));
+    ASSERT_TRUE(Wait([&] { return busyBytes == 10'000'000; }));
+    EXPECT_LE(busy->server.largestArrival, os::kTurnBytes);
+    EXPECT_GT(pings, 1);
+    EXPECT_LE(longestWait, 4 * os::kTurnBytes);
+}
+
+TEST_F(TcpFlowContract, ATimerTicksWhileASocketIsBusy) {
+    const auto busy = Connect();
+    std::size_t received = 0;
+    std::size_t atTick = 0;
+    busy->server.onData = [&](std::span<char> bytes) { received += bytes.size(); };
+    os::Timer timer;
+    auto tick = [&] { atTick = received; };
+    timer.Tick.Bind(tick);
+    timer.StartOnce(0);
+    busy->client.socket->Send(std::string(10'000'000, 'x'));
+    ASSERT_TRUE(Wait([&] { return received == 10'000'000; }));
+    EXPECT_FALSE(timer.IsRunning());
+    EXPECT_LT(atTick, received / 2);
+}
+
+TEST_F(TcpFlowContract, HeldNewsOfThePeersEndComesWithTheResumedReading) {
+    const auto pair = Connect();
+    pair->server.socket->HoldReading(true);
+    pair->client.socket->Close();
+    LetPass();
+    EXPECT_EQ(pair->server.events, "");
+    pair->server.socket->HoldReading(false);
+    EXPECT_TRUE(Wait([&] { return pair->server.events == "E"; }));
+}
+
+TEST_F(TcpFlowContract, FiveHundredConnectionsAtOnceAllWork) {
+    constexpr std::size_t kCount = 500;
+    std::vector<std::unique_ptr<Pair>> pairs;
+    for (std::size_t index = 0; index < kCount; ++index) {
+        pairs.push_back(std::make_unique<Pair>());
+        auto& pair = *pairs.back();
+        toAccept.push_back(&pair.server);
+        pair.server.onData = [&pair](std::span<char> bytes) { pair.server.socket->Send(View(bytes)); };
+        pair.client.onConnected = [&pair, index] { pair.client.socket->Send(std::to_string(index)); };
+    }
+    for (auto& pair : pairs) pair->client.socket->Connect("127.0.0.1", listener.Port());
+    ASSERT_TRUE(Wait([&] {
+        std::size_t good = 0;
+        for (std::size_t index = 0; index < kCount; ++index)
+            good += pairs[index]->client.received == std::to_string(index) ? 1u : 0u;
+        return good == kCount;
+    }));
+}
+
+}  // namespace

@@ -1,0 +1,99 @@
+"""Frames that the program puts into a session of its own accord, asked for on wrenlow-relay's standard input. A gap or a
+repeat in the numbers, or a mixed-up frame, would end the connection as a fault of the service."""
+import asyncio
+
+from sandbox.client import connect
+from sandbox.wire import DATA, HELLO, SIGN_ON, snac, tlv
+from tests.e2e import support
+from tests.e2e.support import Bystanders, RelayTest, frame, within
+
+TYPE = b'text/aolrtf; charset="us-ascii"'
+
+
+def away(text):
+    return snac(2, 4, tlv(3, TYPE) + tlv(4, text))
+
+
+def profile(text):
+    return snac(2, 4, tlv(1, TYPE) + tlv(2, text))
+
+
+def idle(seconds):
+    return snac(1, 0x11, seconds.to_bytes(4, "big"))
+
+
+# What is typed for Ada Sample, and the payload that the server gets.
+COMMANDS = [
+    ("away adasample Gone to the <i>sea</i>", away(b"Gone to the <i>sea</i>")),
+    ("back AdaSample", away(b"")),
+    ("away adasample na\u00efve \u20ac", away(b"na\xefve \x80")),
+    ("idle ADASAMPLE 10", idle(600)),
+    ("idle adasample 0", idle(0)),
+    ("profile adasample <b>new</b>  page", profile(b"<b>new</b>  page")),
+]
+
+
+class Commands(RelayTest):
+    async def asyncSetUp(self):
+        if support.target.name != "relay":
+            self.skipTest("wrenlow.exe has dialogs instead, tested with its windows")
+        await super().asyncSetUp()
+
+    async def answers(self, line, answer):
+        """Types a line and waits for the answer."""
+        before = len(support.program.output())
+        support.program.say(line)
+        await self.says(support.program, answer, before)
+
+    async def says(self, program, answer, before=0):
+        """Waits for a line of output."""
+        async def look():
+            while answer not in program.output()[before:].splitlines():
+                await asyncio.sleep(0.01)
+        await within(look())
+
+    def payloads(self, name):
+        """Of the frames that came from this name's BOS connection, with consecutive numbers."""
+        events = [event for event in self.service.events.items if event.kind == "received" and event.name == name
+                  and event.connection == "bos"]
+        numbers = [event.frame.seq for event in events]
+        self.assertEqual(numbers, list(range(numbers[0], numbers[0] + len(numbers))))
+        return [event.frame.payload for event in events if event.frame.channel == DATA]
+
+    async def test_commands_are_frames_of_the_client_to_the_byte(self):
+        ada = self.client("Ada Sample")
+        await ada.sign_on()
+        frames_before = len(ada.bos.frames.items)
+        async with Bystanders(self):
+            for line, _ in COMMANDS:
+                await self.answers(line, f"Sent for {line.split()[1]}.")
+            await ada.say("Ada Sample", "to myself")
+            self.assertEqual(await ada.hear(), ("Ada Sample", "to myself"))
+        self.assertEqual(self.payloads("Ada Sample")[-len(COMMANDS) - 1:-1], [payload for _, payload in COMMANDS])
+        self.assertEqual(len(ada.bos.frames.items), frames_before)  # the client was shown nothing of it
+
+    async def test_everybody_means_everybody_and_nobody_else_is_guessed(self):
+        clients = [self.client(name) for name in ("Ada Sample", "tomsample")]
+        for client in clients:
+            await client.sign_on()
+        await self.answers("away fred lost", '"fred" is not signed on. "names" lists who is; leave the blanks of a name out.')
+        await self.answers("away (all) out to lunch", "Sent for tomsample.")
+        await self.answers("back tomsample", "Sent for tomsample.")
+        for client, expected in zip(clients, ([away(b"out to lunch")], [away(b"out to lunch"), away(b"")])):
+            await client.say(client.name, "to myself")
+            await client.hear()
+            self.assertEqual([payload for payload in self.payloads(client.name) if payload.startswith(b"\0\2\0\4")],
+                             expected)
+
+    async def test_the_end_of_the_input_ends_the_commands_and_nothing_else(self):
+        program = support.target.start()
+        self.addCleanup(program.kill)
+        program.wait_until_listening()
+        program.end_input()
+        await self.says(program, "standard input has ended, and commands with it; Ctrl-C ends the program")
+        reader, writer = await connect(program.address, self.service.host, self.service.port)
+        writer.write(frame(SIGN_ON, 1, HELLO))
+        self.assertEqual((await within(reader.readexactly(10)))[6:], HELLO)
+        writer.close()
+        program.ask_to_end()
+        self.assertEqual(program.wait(), 0)

@@ -1,0 +1,60 @@
+"""The end of the program. These tests run last: they end the one that all others used."""
+import asyncio
+import socket
+import struct
+
+from sandbox.wire import DATA, HELLO, SIGN_ON
+from tests.e2e import support
+from tests.e2e.support import RelayTest, waiting_in_the_kernel, within
+
+SIZE = 994  # bytes of payload: with the header 1000
+FRAME = 1000
+FRAMES = 32_000  # together far more than all buffers between the server and a reader that does not read
+
+
+class End(RelayTest):
+    async def asyncTearDown(self):
+        pass  # the program is gone, as it should be
+
+    async def test_what_is_queued_for_a_slow_reader_goes_out_before_a_clean_exit(self):
+        port, next_arrival = await self.bare_server()
+        slow = socket.socket()
+        slow.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, 4096)
+        slow.connect(support.program.address)
+        self.addCleanup(slow.close)
+        slow.sendall(struct.pack(">BBH4sB", 4, 1, port, b"\x7f\0\0\1", 0))
+        self.assertEqual(slow.recv(8, socket.MSG_WAITALL)[:2], b"\0\x5A")
+        slow.sendall(struct.pack(">BBHH", 0x2A, SIGN_ON, 1, 4) + HELLO)
+        _, server = await next_arrival()
+        stream = b"".join(struct.pack(">BBHH", 0x2A, DATA, number & 0xFFFF, SIZE) + bytes(SIZE) for number in range(FRAMES))
+        server.write(stream)
+        taken = len(stream) - await within(left_when_nothing_moves(server))
+
+        await asyncio.to_thread(support.program.ask_to_end)
+        arrived = await within(asyncio.to_thread(read_to_the_end, slow))
+        self.assertEqual(len(arrived) % FRAME, 0)
+        self.assertGreaterEqual(len(arrived), taken // FRAME * FRAME)
+        self.assertTrue(stream.startswith(arrived))
+        self.assertEqual(await asyncio.to_thread(support.program.wait), 0, support.program.output())
+
+
+async def left_when_nothing_moves(server):
+    """How many bytes written to the server's connection the process at the other end has not read, once that stands still.
+
+    Taken too early it is too much, which makes the test lenient and never wrong.
+    """
+    before, unchanged = None, 0
+    while unchanged < 10:
+        await asyncio.sleep(0.05)
+        now = server.transport.get_write_buffer_size() + waiting_in_the_kernel(server.get_extra_info("socket"))
+        unchanged = unchanged + 1 if now == before else 0
+        before = now
+    return before
+
+
+def read_to_the_end(connection):
+    connection.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, 1 << 20)
+    chunks = []
+    while chunk := connection.recv(65536):
+        chunks.append(chunk)
+    return b"".join(chunks)

@@ -1,0 +1,156 @@
+"""What a feature cannot do costs one report; the frame goes on as it was, and so does everything after it."""
+import os
+import subprocess
+
+from sandbox.wire import DATA, pack_message, pack_name, snac, tlv
+from tests.e2e.support import Bystanders, FeatureTest, frame, within
+
+IM_HEAD = b"cookie..\0\1" + pack_name("tomsample")
+NO_INFO = b"\0\0\0\0"  # warning level, count of TLVs
+CUT_TLV = b"\0\2\0"
+
+# What is wrong, the SNAC, its data and the reports that this costs.
+FROM_CLIENT = [
+    ("a sign-on without data", (0x17, 2), b"", 1),
+    ("an IM without data", (4, 6), b"", 1),
+    ("an IM with a cut-off name", (4, 6), IM_HEAD[:-1], 1),
+    ("an IM with a cut-off TLV", (4, 6), IM_HEAD + CUT_TLV, 1),
+    ("an IM with a damaged message", (4, 6), IM_HEAD + tlv(2, b"\5\1\xff\xff"), 0),
+    ("an IM with a cut-off text", (4, 6), IM_HEAD + tlv(2, pack_message("long text")[:-6]), 0),
+]
+FROM_SERVER = [
+    ("a self-information without data", (1, 0xF), b"", 1),
+    ("an IM with a cut-off sender", (4, 7), IM_HEAD + b"\0", 1),
+    ("an IM that counts too many TLVs", (4, 7), IM_HEAD + b"\0\0\xff\xff" + tlv(1), 1),
+    ("an IM with a damaged message", (4, 7), IM_HEAD + NO_INFO + tlv(2, b"\5"), 0),
+    ("a user-information reply without data", (2, 6), b"", 1),
+    ("a user-information reply with a cut-off name", (2, 6), b"\x10tomsample", 1),
+    ("a user-information reply with a cut-off TLV", (2, 6), pack_name("tomsample") + NO_INFO + CUT_TLV, 1),
+    ("a profile that its source makes too long", (2, 6), pack_name("tomsample") + NO_INFO + tlv(2, b"x" * 40_000), 1),
+]
+
+
+class Malformed(FeatureTest):
+    async def send_all(self, cases, source, sink):
+        """Sends each case and a whole message behind it; both must arrive as they are."""
+        for number, (what, kind, data, reports) in enumerate(cases):
+            with self.subTest(what=what):
+                data = frame(DATA, number, snac(*kind, data))
+                source.write(data)
+                received = await within(sink.readexactly(len(data)))
+                self.assertEqual(received[:2] + received[4:], data[:2] + data[4:])  # but for the number
+                self.expect_reports(reports)
+
+    async def test_frames_from_the_client_pass_unchanged(self):
+        self.log_to()
+        async with Bystanders(self):
+            (_, client), (server, _) = await self.pair()
+            await self.send_all(FROM_CLIENT, client, server)
+
+    async def test_frames_from_the_server_pass_unchanged(self):
+        self.log_to()
+        self.settings(seehtml="1")
+        async with Bystanders(self):
+            (client, _), (_, server) = await self.pair()
+            await self.send_all(FROM_SERVER, server, client)
+
+    async def test_nothing_is_reported_of_messages_that_nobody_logs(self):
+        (_, client), (server, _) = await self.pair()
+        cases = [(what, kind, data, 0) for what, kind, data, _ in FROM_CLIENT if kind == (4, 6)]
+        await self.send_all(cases, client, server)
+
+
+class LogFolders(FeatureTest):
+    async def say(self, text, reports):
+        """A message to oneself, which is logged on its way out and on its way in."""
+        await self.ada.say("Ada Sample", text)
+        self.assertEqual(await self.ada.hear(), ("Ada Sample", text))
+        self.expect_reports(reports)
+
+    async def sign_on(self):
+        self.ada = self.client("Ada Sample")
+        await self.ada.sign_on()
+
+    def mount(self):
+        """A folder on a disk of its own, in memory, with 64 KiB."""
+        if os.geteuid() != 0:
+            self.skipTest("only root can mount a file system that is full or read-only")
+        folder = self.folder()
+        command = ["mount", "-t", "tmpfs", "-o", "size=64k", "tmpfs", folder]
+        if subprocess.run(command, stderr=subprocess.DEVNULL, check=False).returncode != 0:
+            self.skipTest("nothing can be mounted here")
+        self.addCleanup(subprocess.run, ["umount", folder], check=True)
+        return folder
+
+    def expect_lines(self, folder, *texts):
+        lines = b"".join(b"Ada Sample (TIME): %s\r\nAdaSample (TIME): %s\r\n" % (text, text) for text in texts)
+        self.assertEqual(self.logs(folder), {"AdaSample DATE.txt": lines})
+
+    async def test_a_folder_that_cannot_be_made(self):
+        await self.sign_on()
+        folder = self.folder()
+        self.log_to(folder + "/missing/deep")
+        await self.say("lost", 2)
+        os.mkdir(folder + "/missing")
+        await self.say("kept", 0)
+        self.expect_lines(folder + "/missing/deep", b"kept")
+
+    async def test_a_file_in_the_folders_place(self):
+        await self.sign_on()
+        folder = self.folder()
+        with open(folder + "/file", "wb"):
+            pass
+        self.log_to(folder + "/file")
+        await self.say("lost", 2)
+        os.remove(folder + "/file")
+        await self.say("kept", 0)
+        self.expect_lines(folder + "/file", b"kept")
+
+    async def test_a_read_only_folder(self):
+        await self.sign_on()
+        folder = self.log_to(self.mount())
+        subprocess.run(["mount", "-o", "remount,ro", folder], check=True)
+        await self.say("lost", 2)
+        subprocess.run(["mount", "-o", "remount,rw", folder], check=True)
+        await self.say("kept", 0)
+        self.expect_lines(folder, b"kept")
+
+    async def test_a_full_disk_leaves_no_half_line(self):
+        await self.sign_on()
+        folder = self.log_to(self.mount())
+        await self.say("first", 0)
+        filler = folder + "/filler"
+        with open(filler, "wb", buffering=0) as file:
+            try:
+                while file.write(bytes(4096)):
+                    pass
+            except OSError:
+                pass  # now the disk is full
+        long = "x" * 5000  # more than is left of the log's last block
+        await self.say(long, 2)
+        os.remove(filler)
+        await self.say("last", 0)
+        self.expect_lines(folder, b"first", b"last")
+
+
+class AliasFiles(FeatureTest):
+    async def test_a_list_that_is_odd_huge_or_binary(self):
+        huge = b"".join(b"name%d\r\nalias%d\r\n" % (number, number) for number in range(60_000))
+        cases = [
+            ("missing", None, 0, "name1"),
+            ("empty", b"", 0, "name1"),
+            ("an odd number of lines", b"name1\r\nalias1\r\nname2", 0, "alias1"),
+            ("more than is read", huge, 1, "alias1"),
+            ("names that are too long", b"n" * 300 + b"\r\nx\r\nname1\r\nalias1\r\n", 1, "alias1"),
+            ("one endless line", b"n" * 2_000_000, 1, "name1"),
+            ("any bytes", bytes(range(256)) * 200, 0, "name1"),
+        ]
+        async with Bystanders(self):
+            for what, data, reports, shown in cases:
+                with self.subTest(what=what):
+                    self.aliases(data)
+                    (client, _), (_, server) = await self.pair()
+                    server.write(frame(DATA, 101, snac(3, 0xB, pack_name("name1"))))
+                    expected = frame(DATA, 101, snac(3, 0xB, pack_name(shown)))
+                    self.assertEqual(await within(client.readexactly(len(expected))), expected)
+                    self.expect_reports(reports)

@@ -1,0 +1,73 @@
+"""Hotkeys of wrenlow.exe, pressed on the keyboard: their effect at the service, and the end of everything by "Panic!"."""
+import asyncio
+import os
+import shutil
+import subprocess
+import tempfile
+
+from sandbox.wire import parse_tlvs
+from tests.e2e import support
+from tests.e2e.support import RelayTest, within
+from tests.e2e.target import PATIENCE
+
+KEY = r"HKCU\software\Wrenlow"
+HOTKEYS = [("Ctrl+Shift+F8", "Set Away", "Gone to the sea"), ("Ctrl+Alt+K", "Clear Away", " "), ("Ctrl+Shift+F9", "Panic!", " ")]
+CONTROL, SHIFT, ALT, K, F8, F9 = 17, 16, 18, 75, 119, 120  # virtual-key codes
+
+
+def wine(*command):
+    subprocess.run(["wine", *command], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=PATIENCE, check=True)
+
+
+def store(key, name, text):
+    wine("reg", "add", key, "/v", name, "/d", text, "/f")
+
+
+class Hotkeys(RelayTest):
+    async def asyncSetUp(self):
+        if support.target.name != "exe":
+            self.skipTest("only wrenlow.exe has hotkeys")
+        self.keys = os.path.join(os.path.dirname(support.target.path), "../../tests/win32/press_keys.exe")
+        store(KEY, "enablehotkey", "1")
+        store(KEY + r"\hotkeys", "n", str(len(HOTKEYS)))
+        for number, parts in enumerate(HOTKEYS, 1):
+            for suffix, text in zip(("n", "nt", "na"), parts):
+                store(KEY + r"\hotkeys", f"{number}{suffix}", text)
+        self.addCleanup(wine, "reg", "delete", KEY, "/f")
+        if support.program.alive():
+            support.program.ask_to_end()
+            support.program.wait()
+        support.program = support.target.start()
+        support.program.wait_until_listening()
+        await super().asyncSetUp()
+
+    async def asyncTearDown(self):
+        pass  # the program is gone, as it should be
+
+    async def press(self, *codes):
+        await asyncio.to_thread(wine, self.keys, *map(str, codes))
+
+    async def until_back(self, name):
+        while self.service.user(name).away:
+            await asyncio.sleep(0.02)
+
+    async def test_they_set_and_clear_the_away_message_and_end_aim_and_the_program(self):
+        ada = self.client("Ada Sample", victim=True)
+        await ada.sign_on()
+        await self.press(CONTROL, SHIFT, F8)
+        away = await self.service.received("Ada Sample", 2, 4)
+        self.assertEqual(parse_tlvs(away.data)[4], b"Gone to the sea")
+        await self.press(CONTROL, ALT, K)
+        await within(self.until_back("Ada Sample"))
+
+        with tempfile.TemporaryDirectory() as folder:
+            aim = shutil.copy(self.keys, os.path.join(folder, "aim.exe"))
+            client = subprocess.Popen(["wine", aim, "wait"], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+            try:
+                self.assertEqual((await within(asyncio.to_thread(client.stdout.readline))).strip(), b"waiting")
+                await self.press(CONTROL, SHIFT, F9)
+                self.assertEqual(await asyncio.to_thread(support.program.wait), 0)
+                await asyncio.to_thread(client.wait, PATIENCE)
+            finally:
+                client.kill()
+                client.communicate()

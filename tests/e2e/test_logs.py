@@ -1,0 +1,83 @@
+"""A conversation of two clients in the log files. A line is written before its message goes on, so there is nothing to
+wait for."""
+from tests.e2e.support import FeatureTest
+
+PAGE = '<HTML><BODY BGCOLOR="#ffffff"><FONT SIZE=2>hi<BR>there</FONT></BODY></HTML>'
+CONVERSATION = [("Ada Sample", PAGE), ("tomsample", "<b>bold</b> &lt; 3"), ("Ada Sample", "na\u00efve \u2713"),
+                ("tomsample", "two\r\nlines")]
+# By what is spoken: in a text log, in an HTML log.
+LOGGED = [(b"hi\r\nthere", PAGE.encode()), (b"bold &lt; 3", b"<b>bold</b> &lt; 3"),
+          (b"na\xefve &#10003;", b"na\xefve &#10003;"), (b"two\r\nlines", b"two\r\nlines")]
+
+
+def text_lines(ada, tom):
+    return b"".join(b"%s (TIME): %s\r\n" % (speaker, text) for speaker, (text, _) in zip((ada, tom, ada, tom), LOGGED))
+
+
+def html_lines(ada, tom):
+    lines = []
+    for (speaker, colour), (_, html) in zip((ada, tom, ada, tom), LOGGED):
+        lines.append(b"<b><font color=#%s>%s </font><font color=#0000ff size=-1>(TIME):</font> </b>%s<br>\r\n"
+                     % (colour, speaker, html))
+    return b"".join(lines)
+
+
+class Logs(FeatureTest):
+    """Both clients are behind the program, so that each message is logged twice: for its speaker, and for its listener
+    under the speaker's name without blanks."""
+
+    async def asyncSetUp(self):
+        await super().asyncSetUp()
+        self.ada, self.tom = self.client("Ada Sample"), self.client("tomsample")
+
+    async def converse(self, conversation=tuple(CONVERSATION)):
+        for speaker, text in conversation:
+            source, sink = (self.ada, self.tom) if speaker == self.ada.name else (self.tom, self.ada)
+            await source.say(sink.name, text)
+            self.assertEqual(await sink.hear(), (speaker, text))
+
+    async def sign_on(self):
+        await self.ada.sign_on()
+        await self.tom.sign_on()
+
+    async def test_text_logs_are_stripped_and_lie_in_one_folder(self):
+        await self.sign_on()
+        folder = self.log_to()
+        await self.converse()
+        self.assertEqual(self.logs(folder), {"tomsample DATE.txt": text_lines(b"Ada Sample", b"tomsample"),
+                                             "AdaSample DATE.txt": text_lines(b"AdaSample", b"tomsample")})
+
+    async def test_html_logs_keep_the_message_in_a_folder_for_each_buddy(self):
+        await self.sign_on()
+        folder = self.log_to(loghowhtm="True", logfolder="1")
+        await self.converse()
+        sent, received = b"ff0000", b"0000ff"
+        self.assertEqual(self.logs(folder), {
+            "tomsample/tomsample DATE.htm": html_lines((b"Ada Sample", sent), (b"tomsample", received)),
+            "AdaSample/AdaSample DATE.htm": html_lines((b"AdaSample", received), (b"tomsample", sent))})
+
+    async def test_nothing_is_logged_unless_wanted(self):
+        await self.sign_on()
+        folder = self.log_to()
+        self.settings(logims="0")
+        await self.converse()
+        self.assertEqual(self.logs(folder), {})
+
+    async def test_a_folder_that_is_missing_is_made(self):
+        await self.sign_on()
+        folder = self.log_to(self.folder() + "/new")
+        await self.converse(CONVERSATION[1:2])
+        self.assertEqual(self.logs(folder), {"AdaSample DATE.txt": b"tomsample (TIME): bold &lt; 3\r\n",
+                                             "tomsample DATE.txt": b"tomsample (TIME): bold &lt; 3\r\n"})
+
+    async def test_an_alias_names_what_comes_and_the_real_name_what_goes(self):
+        await self.tom.sign_on()
+        self.aliases(b"tomsample\r\nFred\r\n")
+        await self.ada.sign_on()
+        folder = self.log_to()
+        await self.ada.say("Fred", "to Fred")
+        await self.tom.say("Ada Sample", "from Fred")
+        await self.ada.hear()
+        logs = self.logs(folder)
+        self.assertEqual(logs["tomsample DATE.txt"], b"Ada Sample (TIME): to Fred\r\n")
+        self.assertEqual(logs["Fred DATE.txt"], b"Fred (TIME): from Fred\r\n")

@@ -1,0 +1,102 @@
+"""Trouble with the machine, and other machines: output that nobody reads, folders that are not there, foreign addresses.
+
+Each test starts a wrenlow-relay of its own; wrenlow.exe has no output, and its folders are tried with its windows.
+"""
+import asyncio
+import os
+import socket
+import subprocess
+import sys
+import unittest
+
+from sandbox.client import Client
+from sandbox.service import Service
+from tests.e2e import support
+from tests.e2e.support import within
+from tests.e2e.target import wait_until
+
+VISITORS = 3_000  # two lines each: more than a pipe takes
+
+
+class Machine(unittest.IsolatedAsyncioTestCase):
+    async def asyncSetUp(self):
+        if support.target.name != "relay":
+            self.skipTest("for the native program")
+        self.service = Service()
+        await self.service.start()
+        self.addAsyncCleanup(self.service.stop)
+
+    def start(self, **options):
+        program = support.target.start(**options)
+        self.addCleanup(program.kill)
+        program.wait_until_listening()
+        return program
+
+    async def expect_works(self, program):
+        """Two users sign on and hear each other."""
+        ada, tom = (Client(name, (self.service.host, self.service.port), program.address) for name in ("Ada", "Tom"))
+        await within(asyncio.gather(ada.sign_on(), tom.sign_on()))
+        await ada.say("Tom", "still there?")
+        self.assertEqual(await tom.hear(), ("Ada", "still there?"))
+        for client in (ada, tom):
+            await client.sign_off()
+            self.assertEqual(client.faults, [])
+        self.assertTrue(program.alive())
+
+    async def test_output_that_nobody_reads_and_then_nobody_can(self):
+        reading, writing = os.pipe()
+        program = self.start(output=writing)
+        os.close(writing)
+        await asyncio.to_thread(self.visit, program, VISITORS)
+        await self.expect_works(program)
+        os.close(reading)
+        await asyncio.to_thread(self.visit, program, 10)
+        await self.expect_works(program)
+        program.ask_to_end()
+        self.assertEqual(await asyncio.to_thread(program.wait), 0)
+
+    def visit(self, program, times):
+        for _ in range(times):
+            with socket.create_connection(program.address, timeout=20) as connection:
+                connection.shutdown(socket.SHUT_WR)
+                connection.recv(1)
+
+    async def test_a_data_folder_that_nothing_can_be_written_to(self):
+        program = self.start(data="/proc/self/fdinfo")
+        await self.expect_works(program)
+
+    async def test_half_closed_connections_end_whole_from_either_side(self):
+        program = self.start()
+        ends = await asyncio.start_server(lambda reader, writer: arrivals.put_nowait((reader, writer)), "127.0.0.1", 0)
+        self.addCleanup(ends.close)
+        arrivals = asyncio.Queue()
+        port = ends.sockets[0].getsockname()[1]
+        for first in ("client", "server"):
+            with self.subTest(first=first):
+                client = await asyncio.open_connection(*program.address)
+                client[1].write(b"\x04\x01" + port.to_bytes(2, "big") + b"\x7f\0\0\1\0")
+                await within(client[0].readexactly(8))
+                server = await within(arrivals.get())
+                client[1].write(b"\x2A\x01\x00\x01\x00\x01h")
+                await within(server[0].readexactly(7))
+                leaver, stayer = (client, server) if first == "client" else (server, client)
+                last = b"\x2A\x02\x00\x02\x00\x05words"
+                leaver[1].write(last)
+                leaver[1].write_eof()
+                self.assertEqual(await within(stayer[0].read()), last)
+                self.assertEqual(await within(leaver[0].read()), b"")
+                leaver[1].close()
+                stayer[1].close()
+
+    async def test_no_other_address_of_the_machine_connects(self):
+        if os.geteuid() != 0:
+            self.skipTest("only root can make a network of its own")
+        inside = ["unshare", "--net"]
+        try:
+            subprocess.run([*inside, "ip", "link", "set", "lo", "up"], check=True, capture_output=True)
+        except (OSError, subprocess.CalledProcessError):
+            self.skipTest("no network of its own can be made here")
+        seen = await asyncio.to_thread(subprocess.run,
+                                       [*inside, sys.executable, "-m", "tests.e2e.neighbour", support.target.path],
+                                       check=False, capture_output=True, text=True)
+        self.assertEqual(seen.returncode, 0, seen.stdout + seen.stderr)

@@ -1,0 +1,169 @@
+// A pair of sockets at work: hostile bytes from both sides in any chunks, with aliases, logs, profiles,
+// commands, pauses and an end in the middle. Every frame that comes out is held against a reference reader,
+// the literal replacer and a plain count of the numbers; and another pair, which has only to be left alone,
+// must still work.
+//
+// Input: the features to switch on, then steps: what is done, a size, and the bytes that are sent if any.
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "app/services/modRegistry.h"
+#include "features/clsSessionFeatures.h"
+#include "os/fake/FakeClock.h"
+#include "os/fake/FakeFiles.h"
+#include "tests/fuzz/Check.h"
+#include "tests/fuzz/ReferenceReader.h"
+#include "tests/unit/LiteralReplacer.h"
+#include "tests/unit/Rig.h"
+
+namespace {
+
+constexpr std::uint8_t kAliases = 1, kLogs = 2, kProfiles = 4;
+
+const std::vector<Replacement> kPairs = {{"asdf1234", "Fred"}, {"Fred", "x"}, {"bo", "a longer alias"}};
+constexpr char kAliasFile[] = "asdf1234\r\nFred\r\nFred\r\nx\r\nbo\r\na longer alias\r\n";
+
+// What one side sends, as the other has to see it.
+class Stream {
+ public:
+    Stream(os::fake::Peer& source, os::fake::Peer& sink, Direction direction, std::uint8_t features,
+           std::size_t next)
+        : source_(source), sink_(sink), direction_(direction), features_(features), next_(next) {}
+
+    void Send(const std::string& bytes) {
+        reader_.Feed(bytes);
+        source_.Feed(bytes);
+        CheckArrived();
+    }
+    void Silence() {
+        reader_.Silence();
+        CheckArrived();
+    }
+    void Close() {
+        reader_.End();
+        source_.Close();
+        os::ProcessPendingEvents();
+        CheckArrived();
+    }
+    // A frame of the program's own stands there, on channel 2 and with the next number.
+    void CheckInjected() {
+        const auto seen = sink_.TakeReceived();
+        Check(seen.size() > 6 && seen[1] == 2 && seen.size() == 6 + WordAt(seen, 4),
+              "an injected frame is whole");
+        Check(WordAt(seen, 2) == TakeNumber(), "an injected frame has the next number");
+    }
+
+ private:
+    void CheckArrived() {
+        auto seen = sink_.TakeReceived();
+        for (const auto& frame : std::exchange(reader_.frames, {})) {
+            Check(seen.size() >= 6 && seen.size() >= 6 + WordAt(seen, 4), "a whole frame arrives");
+            const auto length = 6 + WordAt(seen, 4);
+            Check(seen[0] == '*' && seen[1] == frame[1], "marker and channel");
+            Check(WordAt(seen, 2) == TakeNumber(), "the number is the next one");
+            CheckPayload(seen.substr(6, length - 6), frame.substr(6));
+            seen.erase(0, length);
+        }
+        Check(seen.empty(), "nothing else arrives");
+    }
+
+    void CheckPayload(const std::string& seen, const std::string& sent) const {
+        const auto expected =
+            (features_ & kAliases) != 0 ? RewriteLiterally(kPairs, direction_, sent) : ByteString(sent);
+        const bool isUserInformation =
+            expected.size() >= 10 && expected.starts_with(ByteString("\0\2\0\6", 4));
+        if (isUserInformation && (features_ & kProfiles) != 0) {
+            Check(seen.substr(0, 10) == expected.substr(0, 10), "a profile keeps its SNAC header");
+        } else {
+            Check(seen == expected, "the payload");
+        }
+    }
+
+    std::size_t TakeNumber() { return std::exchange(next_, (next_ + 1) & 0xFFFF); }
+
+    os::fake::Peer& source_;
+    os::fake::Peer& sink_;
+    Direction direction_;
+    std::uint8_t features_;
+    std::size_t next_;
+    ReferenceReader reader_;
+};
+
+void SwitchOn(std::uint8_t features) {
+    if ((features & kAliases) != 0) os::fake::PutFile("/program\\repl.dat", kAliasFile);
+    modRegistry::WriteSetting("logwhere", "/logs");
+    modRegistry::WriteSetting("logims", (features & kLogs) != 0 ? "1" : "0");
+    modRegistry::WriteSetting("logfolder", "1");
+    modRegistry::WriteSetting("seehtml", (features & kProfiles) != 0 ? "1" : "0");
+}
+
+class Input {
+ public:
+    Input(const std::uint8_t* bytes, std::size_t size) : rest_(reinterpret_cast<const char*>(bytes), size) {}
+
+    bool IsEmpty() const { return rest_.empty(); }
+    std::uint8_t Byte() { return IsEmpty() ? std::uint8_t{0} : static_cast<std::uint8_t>(Bytes(1).front()); }
+    std::string Bytes(std::size_t count) {
+        std::string bytes(rest_.substr(0, count));
+        rest_.remove_prefix(bytes.size());
+        return bytes;
+    }
+
+ private:
+    std::string_view rest_;
+};
+
+// Slot 0 is the one under attack; so a command for nobody goes there.
+void Attack(Input input, Stream& toServer, Stream& toClient) {
+    while (!input.IsEmpty()) {
+        const auto step = input.Byte();
+        auto& stream = step % 2 == 0 ? toServer : toClient;
+        const std::size_t size = input.Byte();
+        switch (step / 2 % 8) {
+            case 0:
+                modSocket::SetAwayMessage("nobody at all", std::string(size, 'z'));
+                toServer.CheckInjected();
+                break;
+            case 1:
+                os::fake::AdvanceClock(2000);
+                toServer.Silence();
+                toClient.Silence();
+                break;
+            case 2:
+                stream.Send(std::string(size * 257, static_cast<char>(input.Byte())));
+                break;
+            case 3:
+                if (size == 0) return stream.Close();
+                [[fallthrough]];
+            default:
+                stream.Send(input.Bytes(size));
+        }
+    }
+    toServer.Close();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+    clsSessionFeatures sessionFeatures;
+    Rig rig;
+    SetSessionHooks(&sessionFeatures);
+    Input input(bytes, size);
+    const auto features = input.Byte();
+    SwitchOn(features);
+
+    const auto pair = rig.ConnectTalking();
+    const auto bystander = rig.ConnectTalking();
+    Stream toServer(pair.client, pair.server, Direction::ToServer, features, 2);
+    Stream toClient(pair.server, pair.client, Direction::ToClient, features, 101);
+    Attack(std::move(input), toServer, toClient);
+
+    Stream(bystander.client, bystander.server, Direction::ToServer, features, 2)
+        .Send(Frame(2, 2, "still there"));
+    Stream(bystander.server, bystander.client, Direction::ToClient, features, 101)
+        .Send(Frame(2, 101, "so am I"));
+    return 0;
+}

@@ -1,0 +1,84 @@
+// ReferenceReader: frames out of a stream by the rules alone. It keeps everything it has and takes one frame
+// at a time; what the relay does is compared with it.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+inline std::uint8_t ByteAt(const std::string& bytes, std::size_t offset) {
+    return static_cast<std::uint8_t>(bytes[offset]);
+}
+
+inline std::size_t WordAt(const std::string& bytes, std::size_t offset) {
+    return static_cast<std::size_t>(ByteAt(bytes, offset)) << 8 | ByteAt(bytes, offset + 1);
+}
+
+class ReferenceReader {
+ public:
+    std::vector<std::string> frames;
+
+    void Feed(const std::string& chunk) {
+        if (chunk.empty()) return;
+        rest_ += chunk;
+        const auto before = frames.size();
+        while (TakeFrame()) {
+        }
+        // Four bytes that end an arrival may be a whole frame; what follows decides.
+        if (rest_.size() == 4) isOpen_ = true;
+        isBehindFrame_ = frames.size() > before;
+    }
+
+    // Nothing has come for a while: four bytes right behind a whole frame were one too.
+    void Silence() {
+        if (isBehindFrame_) End();
+    }
+
+    void End() {
+        if (rest_.size() != 4) return;
+        frames.push_back(rest_ + std::string(2, '\0'));
+        rest_.clear();
+        isOpen_ = false;
+    }
+
+ private:
+    bool TakeFrame() {
+        if (isOpen_) {
+            const auto verdict = Judge();
+            if (!verdict) return false;
+            isOpen_ = false;
+            if (*verdict) {
+                frames.push_back(rest_.substr(0, 4) + std::string(2, '\0'));
+                rest_.erase(0, 4);
+                return true;
+            }
+        }
+        if (rest_.size() < 6 || rest_.size() < 6 + WordAt(rest_, 4)) return false;
+        const auto length = 6 + WordAt(rest_, 4);
+        frames.push_back(rest_.substr(0, length));
+        rest_.erase(0, length);
+        return true;
+    }
+
+    // Whether the four bytes were a frame: the next four are the beginning of the next one.
+    std::optional<bool> Judge() const {
+        const auto next = (WordAt(rest_, 2) + 1) & 0xFFFF;
+        const auto fits = [&](std::size_t offset) {
+            const auto byte = ByteAt(rest_, offset);
+            if (offset == 4) return byte == '*';
+            if (offset == 5) return byte >= 1 && byte <= 5;
+            return offset == 6 ? byte == next >> 8 : byte == (next & 0xFF);
+        };
+        for (std::size_t offset = 4; offset < 8; ++offset) {
+            if (offset >= rest_.size()) return {};
+            if (!fits(offset)) return false;
+        }
+        return true;
+    }
+
+    std::string rest_;
+    bool isOpen_ = false;
+    bool isBehindFrame_ = false;
+};

@@ -1,0 +1,40 @@
+// The alias list as a file and the rewriting of frames by it, against the literal algorithm. The input is
+// the payload, behind its length in one byte, and then the file.
+#include <algorithm>
+#include <cstdint>
+
+#include "features/modSNReplace.h"
+#include "os/fake/FakeFiles.h"
+#include "tests/fuzz/Check.h"
+#include "tests/unit/LiteralReplacer.h"
+
+namespace {
+
+std::vector<Replacement> AppliedPairs() {
+    auto pairs = modSNReplace::ReadReplacements();
+    std::erase_if(pairs, [](const Replacement& pair) {
+        const auto fits = [](const std::string& half) { return !half.empty() && half.size() <= 255; };
+        return !fits(pair.screenName) || !fits(pair.replacement);
+    });
+    return pairs;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+    if (size == 0) return 0;
+    const auto payloadSize = std::min<std::size_t>(bytes[0], size - 1);
+    const ByteString payload(bytes + 1, bytes + 1 + payloadSize);
+    os::fake::PutFile("/program\\repl.dat", std::string(bytes + 1 + payloadSize, bytes + size));
+
+    const auto pairs = AppliedPairs();
+    const auto list = modSNReplace::LoadReplacements();
+    Check((list == nullptr) == pairs.empty(), "no list without a pair");
+    if (list == nullptr) return 0;
+    for (const auto direction : {Direction::ToServer, Direction::ToClient}) {
+        ByteString rewritten;
+        if (!modSNReplace::ReplaceScreenNames(*list, direction, payload, rewritten)) rewritten = payload;
+        Check(rewritten == RewriteLiterally(pairs, direction, payload), "as the literal algorithm");
+    }
+    return 0;
+}

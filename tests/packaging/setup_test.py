@@ -1,0 +1,154 @@
+"""The setup program and its uninstaller, run silently as a user would run them, and the installed program.
+
+Only 64-bit programs run everywhere where tests run, so the setup program under test is one made for them, out of the
+same script as the 32-bit one that ships.
+"""
+import os
+import shutil
+import subprocess
+import tempfile
+import unittest
+from pathlib import Path
+
+from sandbox.client import Client
+from sandbox.service import Service
+from tests.e2e.target import Exe, listens, wait_until
+
+from . import windows
+from .windows import PROXY_KEY, RUN_KEY, SETTINGS_KEY, UNINSTALL_KEY
+
+ROOT = Path(__file__).resolve().parents[2]
+BUILT = ROOT / "build/win64/app/shell/wrenlow.exe"
+OLD, NEW = "2.0.16", "2.0.17"
+ADDRESS = "127.0.0.1", Exe.PORT
+
+
+def make_setup(folder, version, pages):
+    """A setup program of this version with these pages of the manual."""
+    tree = folder / f"tree-{version}"
+    (tree / "manual").mkdir(parents=True)
+    shutil.copy(BUILT, tree)
+    for page in pages:
+        (tree / "manual" / page).write_text(version)
+    program = folder / f"setup-{version}.exe"
+    subprocess.run([ROOT / "packaging/make-setup", "amd64-unicode", version, tree, program], check=True,
+                   env={**os.environ, "SOURCE_DATE_EPOCH": "1700000000"})
+    return program
+
+
+class Setup(unittest.IsolatedAsyncioTestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls._folder = tempfile.TemporaryDirectory()
+        cls.setup = {OLD: make_setup(Path(cls._folder.name), OLD, ["index.html", "old.html"]),
+                     NEW: make_setup(Path(cls._folder.name), NEW, ["index.html", "new.html"])}
+
+    @classmethod
+    def tearDownClass(cls):
+        cls._folder.cleanup()
+
+    def setUp(self):
+        self.forget_user()
+        self.addCleanup(self.forget_user)
+        windows.write(SETTINGS_KEY, "checkupdate", "0")
+        self.home = windows.local_programs() / "Wrenlow"
+        shutil.rmtree(self.home, ignore_errors=True)
+
+    @staticmethod
+    def forget_user():
+        for key in (SETTINGS_KEY, PROXY_KEY, UNINSTALL_KEY):
+            windows.remove(key)
+
+    def install(self, version):
+        self.assertEqual(windows.run(self.setup[version], "/S"), 0)
+
+    def uninstall(self, *arguments):
+        """The uninstaller hands over to a copy of itself, so its return says nothing."""
+        windows.run(self.home / "uninstall.exe", "/S", *arguments)
+        wait_until(lambda: not (self.home / "uninstall.exe").exists() and windows.values(UNINSTALL_KEY) is None,
+                   "the uninstaller does not end")
+
+    def start(self):
+        process = windows.start(self.home / "wrenlow.exe")
+        self.addCleanup(process.wait)
+        self.addCleanup(windows.run, "taskkill", "/im", "wrenlow.exe")
+        self.wait_until_listening()
+
+    @staticmethod
+    def wait_until_listening():
+        wait_until(lambda: listens(Exe.PORT), "Wrenlow does not listen")
+
+    def installed(self):
+        return sorted(path.relative_to(self.home).as_posix() for path in self.home.rglob("*") if path.is_file())
+
+    def test_installs_updates_a_running_version_and_leaves_only_what_is_the_users(self):
+        self.install(OLD)
+        self.assertEqual(self.installed(), ["manual/index.html", "manual/old.html", "uninstall.exe", "wrenlow.exe"])
+        self.assertEqual(windows.values(UNINSTALL_KEY)["DisplayVersion"], OLD)
+        shortcuts = list(windows.drive_c().rglob("Start Menu/Programs/Wrenlow.lnk"))
+        self.assertEqual(len(shortcuts), 1)
+        self.assertIn("users", shortcuts[0].relative_to(windows.drive_c()).parts[0])  # this user's, not everybody's
+
+        self.start()
+        (self.home / "repl.dat").write_bytes(b"tomsample\r\nTom\r\n")
+        (self.home / "logs").mkdir()
+        (self.home / "logs/tom.txt").write_text("hello")
+        self.assertEqual(windows.values(RUN_KEY)["Wrenlow"], windows.windows_path(self.home / "wrenlow.exe"))
+        self.assertEqual(windows.values(PROXY_KEY)["Enabled"], 1)
+
+        self.install(NEW)
+        self.wait_until_listening()  # it has been ended to be replaced, and started again
+        self.assertEqual(self.installed(), ["logs/tom.txt", "manual/index.html", "manual/new.html", "repl.dat",
+                                            "uninstall.exe", "wrenlow.exe"])
+        self.assertEqual((self.home / "manual/index.html").read_text(), NEW)
+        self.assertEqual(windows.values(UNINSTALL_KEY)["DisplayVersion"], NEW)
+
+        self.uninstall()
+        self.assertFalse(listens(Exe.PORT), "Wrenlow still runs")
+        self.assertEqual(self.installed(), ["logs/tom.txt", "repl.dat"])
+        self.assertFalse(shortcuts[0].exists())
+        self.assertNotIn("Wrenlow", windows.values(RUN_KEY) or {})
+        self.assertEqual(windows.values(PROXY_KEY)["Enabled"], 0)
+        self.assertEqual(windows.values(SETTINGS_KEY)["checkupdate"], "0")
+
+    def test_removes_settings_when_told_to_and_never_touches_another_proxy(self):
+        windows.write(PROXY_KEY, "Enabled", 1)
+        windows.write(PROXY_KEY, "Host", "127.0.0.1")
+        windows.write(PROXY_KEY, "Port", 1080)
+        self.install(NEW)
+        (self.home / "repl.dat").write_bytes(b"tomsample\r\nTom\r\n")
+        self.uninstall("/SETTINGS")
+        self.assertIsNone(windows.values(SETTINGS_KEY))
+        self.assertFalse(self.home.exists())
+        self.assertEqual(windows.values(PROXY_KEY)["Enabled"], 1)
+
+    async def test_works_in_a_folder_with_blanks_and_letters_beyond_ascii(self):
+        self.home = windows.drive_c() / "Prögrams and möre" / "Wrenlów 2"
+        self.addCleanup(shutil.rmtree, self.home.parent, True)
+        windows.write(SETTINGS_KEY, "logims", "1")
+        windows.write(SETTINGS_KEY, "logwhere", windows.windows_path(self.home) + "\\logs\\")
+        # Where an earlier version was; /D=, which takes no quotes, cannot be given through Wine's command line.
+        windows.write(UNINSTALL_KEY, "InstallLocation", windows.windows_path(self.home))
+        self.install(NEW)
+        (self.home / "repl.dat").write_bytes(b"tomsample\r\nTommy\r\n")
+        self.start()
+        self.assertEqual(windows.values(RUN_KEY)["Wrenlow"], windows.windows_path(self.home / "wrenlow.exe"))
+
+        service = Service()
+        await service.start()
+        self.addAsyncCleanup(service.stop)
+        ada = Client("Ada Sample", (service.host, service.port), ADDRESS)
+        tom = Client("tomsample", (service.host, service.port))
+        for client in (ada, tom):
+            self.addAsyncCleanup(client.close)
+        await ada.sign_on()
+        await tom.sign_on()
+        await tom.say("Ada Sample", "hello")
+        self.assertEqual((await ada.hear())[0], "Tommy")  # the alias file beside the program was read
+        logs = [path.name.split()[0] for path in (self.home / "logs").iterdir()]
+        self.assertIn("Tommy", logs)
+        self.uninstall()
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,204 @@
+// The settings file as people and other processes see it. What it does as a registry is in the contract
+// suite.
+#include "os/SettingsFile.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "os/RegistryStore.h"
+#include "os/posix/SettingsText.h"
+
+namespace {
+
+const std::string kTopKey = "software\\Wrenlow\\";
+
+class SettingsFile : public testing::Test {
+ protected:
+    SettingsFile() {
+        char pattern[] = "/tmp/wrenlow-settings-XXXXXX";
+        folder_ = mkdtemp(pattern);
+        path_ = folder_ + "/settings";
+        os::SetSettingsFile(path_, kTopKey);
+    }
+    ~SettingsFile() override {
+        os::SetSettingsFile("", "");
+        for (const char* name : {"/settings", "/settings.new", "/real"}) unlink((folder_ + name).c_str());
+        rmdir(folder_.c_str());
+    }
+
+    void PutFile(const std::string& text) {
+        const int file = open(path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        ASSERT_EQ(write(file, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+        close(file);
+    }
+    std::string FileText() {
+        std::string text(1 << 16, '\0');
+        const int file = open(path_.c_str(), O_RDONLY);
+        const auto size = read(file, text.data(), text.size());
+        close(file);
+        text.resize(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+        return text;
+    }
+    static std::string Read(const std::string& name, const std::string& key = kTopKey) {
+        const auto value = os::ReadRegistryValue(os::RegistryHive::CurrentUser, key, name, 4096);
+        return value ? value->data : "(nothing)";
+    }
+    static bool Write(const std::string& name, const std::string& text, const std::string& key = kTopKey) {
+        return os::WriteRegistryValue(os::RegistryHive::CurrentUser, key, name, 1, text);
+    }
+    static bool Remove(const std::string& name) {
+        return os::RemoveRegistryValue(os::RegistryHive::CurrentUser, kTopKey, name);
+    }
+
+    std::string folder_;
+    std::string path_;
+};
+
+TEST_F(SettingsFile, ReadsWhatPeopleWrite) {
+    PutFile(
+        "# my settings\r\n"
+        "logims=1\r\n"
+        "  logwhere = C:\\AimLogs\\  \r\n"
+        "\n"
+        "greeting=\"caf\xC3\xA9 \\\"x\\\" \\x0D\\x0A\\xE9 \"\n"
+        "euro=\xE2\x82\xAC\n"
+        "foreign=\xD0\x96 \xFF\n"
+        "logims=0\n"
+        "[Software\\Other]\n"
+        "logims=other\n"
+        "Port : dword = 11080\n"
+        "[SOFTWARE\\wrenlow]\n"
+        "late=yes");
+    EXPECT_EQ(Read("LogIMs"), "1");
+    EXPECT_EQ(Read("logwhere"), "C:\\AimLogs\\");
+    EXPECT_EQ(Read("greeting"), "caf\xE9 \"x\" \r\n\xE9 ");
+    EXPECT_EQ(Read("euro"), "\x80");
+    EXPECT_EQ(Read("foreign"), "? ?");
+    EXPECT_EQ(Read("late"), "yes");
+    EXPECT_EQ(Read("logims", "software\\other"), "other");
+    EXPECT_EQ(Read("port", "software\\other"), std::string("\x48\x2B\0\0", 4));
+}
+
+TEST_F(SettingsFile, WritesWhatPeopleCanRead) {
+    Write("logwhere", "C:\\AimLogs\\");
+    Write("blank", " ");
+    Write("accent", "caf\xE9");
+    Write("other", "x", "Software\\Other\\");
+    os::WriteRegistryValue(os::RegistryHive::CurrentUser, "Software\\Other", "Port", 4, {"\x48\x2B\0\0", 4});
+    os::WriteRegistryValue(os::RegistryHive::CurrentUser, "Software\\Other", "Blob", 3, {"\0\xFF", 2});
+    Write("logims", "1");
+    EXPECT_EQ(FileText(),
+              "logwhere=C:\\AimLogs\\\n"
+              "blank=\" \"\n"
+              "accent=caf\xC3\xA9\n"
+              "logims=1\n"
+              "\n"
+              "[Software\\Other\\]\n"
+              "other=x\n"
+              "Port:dword=11080\n"
+              "Blob:3=00 FF\n");
+}
+
+TEST_F(SettingsFile, ChangesOnlyTheLineOfTheValue) {
+    PutFile("# remark\nno setting\nlogims=0\n\n[other]\nlogims=2\n\xFF\xFE\n");
+    Write("logims", "1");
+    Write("new", "x");
+    EXPECT_EQ(FileText(), "# remark\nno setting\nlogims=1\nnew=x\n\n[other]\nlogims=2\n\xFF\xFE\n");
+    EXPECT_TRUE(Remove("logims"));
+    EXPECT_EQ(FileText(), "# remark\nno setting\nnew=x\n\n[other]\nlogims=2\n\xFF\xFE\n");
+}
+
+TEST_F(SettingsFile, LinesOfNoGoodFormSetNothing) {
+    const std::string lines[] = {
+        "name",
+        "=x",
+        "name:dword=4294967296",
+        "name:dword=-1",
+        "name:dword=",
+        "name:3=A",
+        "name:3=XY",
+        "name:nonsense=1",
+        "name:99999999999=00",
+        "name=\"open",
+        "name=\"a\"b",
+        "name=\"\\q\"",
+        "name=\"\\x1\"",
+        "name=\"\\",
+        "name=a\x01z",
+        std::string("name=a\0z", 8),
+        "\"name=x",
+        "[name=x",
+        "#name=x",
+    };
+    for (const auto& line : lines) {
+        PutFile(line + "\nafter=kept\n");
+        EXPECT_EQ(Read("name"), "(nothing)") << line;
+        EXPECT_EQ(Read("after"), "kept") << line;
+        ASSERT_TRUE(Write("name", "good")) << line;
+        EXPECT_EQ(Read("name"), "good") << line;
+    }
+}
+
+TEST_F(SettingsFile, AFileThatIsNotOursIsNeitherReadNorWrittenOver) {
+    PutFile("logims=1\n" + std::string(1024 * 1024, '#') + "\n");
+    EXPECT_EQ(Read("logims"), "(nothing)");
+    EXPECT_FALSE(Write("logims", "0"));
+    unlink(path_.c_str());
+    ASSERT_EQ(mkfifo(path_.c_str(), 0600), 0);
+    EXPECT_EQ(Read("logims"), "(nothing)");  // and does not wait for somebody to write into the pipe
+    EXPECT_FALSE(Write("logims", "0"));
+}
+
+TEST_F(SettingsFile, KeepsALinkAndThePermissions) {
+    const auto real = folder_ + "/real";
+    PutFile("a=1\n");
+    ASSERT_EQ(rename(path_.c_str(), real.c_str()), 0);
+    ASSERT_EQ(chmod(real.c_str(), 0640), 0);
+    ASSERT_EQ(symlink("real", path_.c_str()), 0);
+    ASSERT_TRUE(Write("a", "2"));
+    struct stat status {};
+    ASSERT_EQ(lstat(path_.c_str(), &status), 0);
+    EXPECT_TRUE(S_ISLNK(status.st_mode));
+    ASSERT_EQ(stat(real.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777u, 0640u);
+    EXPECT_EQ(Read("a"), "2");
+}
+
+TEST_F(SettingsFile, AChangeByAnotherProcessCountsAtOnceAndNoneIsLost) {
+    constexpr int kEach = 25;
+    const auto child = fork();
+    if (child == 0) {
+        for (int i = 0; i < kEach; ++i) Write("child" + std::to_string(i), "x");
+        _exit(0);
+    }
+    for (int i = 0; i < kEach; ++i) EXPECT_TRUE(Write("parent" + std::to_string(i), "x"));
+    int status = 0;
+    waitpid(child, &status, 0);
+    for (int i = 0; i < kEach; ++i) {
+        EXPECT_EQ(Read("child" + std::to_string(i)), "x");
+        EXPECT_EQ(Read("parent" + std::to_string(i)), "x");
+    }
+}
+
+TEST_F(SettingsFile, AnOverrideCountsForThisRunAndADefaultWhileNothingIsSet) {
+    os::SetSettingDefault("logwhere", "logs");
+    EXPECT_EQ(Read("logwhere"), "logs");
+    Write("logwhere", "elsewhere");
+    EXPECT_EQ(Read("logwhere"), "elsewhere");
+
+    os::OverrideSetting("logwhere", "here");
+    EXPECT_EQ(Read("LogWhere"), "here");
+    EXPECT_EQ(FileText(), "logwhere=elsewhere\n");
+    Write("logwhere", "changed");
+    EXPECT_EQ(Read("logwhere"), "changed");
+    EXPECT_TRUE(Remove("logwhere"));
+    EXPECT_EQ(Read("logwhere"), "logs");
+}
+
+}  // namespace

@@ -1,0 +1,204 @@
+"""python3 -m tests.soak RELAY [--seconds N]: mixed sessions on wrenlow-relay for as long as wanted.
+
+Round after round, users sign on with aliases and logs, talk, are given away messages, idle times and profiles by
+commands, and sign off or break off; strangers send garbage. Two bystanders talk all the time. In the end memory, open
+files and threads are what they were after the first rounds, nobody has seen a broken frame, no error was reported, and
+every message of the bystanders stands in the log. Not for a program under a sanitizer, whose memory tells nothing.
+"""
+import argparse
+import asyncio
+import glob
+import logging
+import random
+import sys
+import tempfile
+import time
+
+from sandbox.client import Client, socks4_request
+from sandbox.service import Service
+from tests.e2e.measure import held_by
+from tests.e2e.target import Program, free_port, wait_until
+
+WARM_UP = 0.25             # of the time: caches, logs and tables reach their size
+USERS = 6
+CONNECTION_COST = 0.5      # KiB that a closed connection may leave in the table (its slot and two names)
+MEMORY_TOLERANCE = 1_500   # KiB; heaps breathe
+ALIASES = b"".join(b"bud%d\r\nBuddy %d\r\n" % (number, number) for number in range(USERS))
+
+
+class Soak:
+    def __init__(self, path, seconds, seed):
+        self.seconds, self.random = seconds, random.Random(seed)
+        self.messages = self.sessions = self.strangers = 0
+        self.longest = 0.0
+        self.folder = tempfile.TemporaryDirectory()
+        with open(f"{self.folder.name}/repl.dat", "wb") as file:
+            file.write(ALIASES)
+        port = free_port()
+        data = self.folder.name
+        self.program = Program([path, "--data", data, "--settings", f"{data}/settings", "--set", "logims=1", "--set",
+                                "logfolder=1", "--set", "seehtml=1", "--listen-port", str(port)], port)
+
+    async def run(self):
+        self.program.wait_until_listening()
+        self.service = Service()
+        await self.service.start()
+        try:
+            await self._run_rounds()
+        finally:
+            await self.service.stop()
+            self.program.kill()
+            self.folder.cleanup()
+
+    async def _run_rounds(self):
+        self._stop = False
+        await self._begin_bystanders()
+        talking = asyncio.create_task(self._talk())
+        begin, warm, rounds = time.monotonic(), None, 0
+        while rounds < 3 or time.monotonic() - begin < self.seconds:
+            await self._round()
+            rounds += 1
+            held = await self._quiet()
+            if not warm and rounds > 1 and time.monotonic() - begin >= self.seconds * WARM_UP:
+                warm, warm_connections = held, self._connections()
+        print(f"{rounds} rounds, {self.sessions} sessions, {self._connections()} connections, {self.strangers} strangers, "
+              f"{self.messages} messages of the bystanders, the longest took {self.longest * 1000:.0f} ms")
+        print(f"after the warm-up: {warm}\nat the end:        {held}")
+        self._stop = True
+        await talking
+        await self._end_bystanders()
+        self._judge(warm, held, self._connections() - warm_connections)
+
+    def _connections(self):
+        return self.program.output().count(" opened to ") + self.strangers
+
+    async def _round(self):
+        async with asyncio.TaskGroup() as group:
+            for number in range(USERS):
+                group.create_task(self._session(number))
+            group.create_task(self._commands())
+            for _ in range(10):
+                group.create_task(self._stranger())
+
+    async def _session(self, number):
+        """A user and a buddy who has an alias and is signed on elsewhere, without the relay."""
+        await asyncio.sleep(self.random.random() / 5)
+        client, buddy = self._client(f"user{number}"), self._client(f"bud{number}", via=None)
+        await buddy.sign_on(services=())
+        await client.sign_on(buddies=[f"Buddy {number}"])
+        await buddy.set_profile("a <i>profile</i>")
+        for count in range(self.random.randrange(1, 8)):
+            text = f"message {count} <b>for</b> you" * self.random.choice((1, 1, 60))
+            await client.say(f"Buddy {number}", text)
+            await expect_heard(buddy, client.name, text)
+            await buddy.say(client.name, text)
+            await expect_heard(client, f"Buddy {number}", text)
+        expect("&lt;i>" in await client.profile_of(f"Buddy {number}"), "the source of the profile is not shown")
+        await client.keep_alive()
+        await buddy.sign_off()
+        if self.random.random() < 0.3:
+            client.bos.stream.reset()
+            await client.close()
+        else:
+            await client.sign_off()
+            expect(not client.faults, f"user{number}: {client.faults}")
+        self.sessions += 1
+
+    async def _commands(self):
+        for _ in range(5):
+            await asyncio.sleep(0.05)
+            self.program.say(self.random.choice(("away (all) gone <i>fishing</i>", "back (all)", "idle bystanderada 5",
+                                                 "profile bystandertom " + "p" * 900, "names", "away nobody x", "what?")))
+
+    async def _stranger(self):
+        """Somebody who wants no relay. Never eight bytes: these would be an address to connect to."""
+        self.strangers += 1
+        reader, writer = await asyncio.open_connection(*self.program.address)
+        request = self.random.choice((b"", b"\x04", b"GET /", b"\x16\x03\x01", b"\x04\x01" + b"\0\0\0\0\0\1" + b"x" * 600,
+                                      socks4_request("127.0.0.1", free_port())))
+        writer.write(request)
+        await writer.drain()
+        if self.random.random() < 0.5:
+            writer.transport.abort()
+            return
+        writer.write_eof()
+        try:
+            await asyncio.wait_for(reader.read(), 20)
+        except ConnectionError:
+            pass
+        writer.close()
+
+    async def _quiet(self):
+        """What is held when all but the bystanders have gone; the service forgets what it has seen."""
+        faults = [event.text for event in self.service.faults if "broken" not in event.text]
+        expect(not faults, f"the service saw {faults}")
+        self.service.events.items.clear()
+        files = 2 * self.lines + self._idle_files
+        await asyncio.to_thread(wait_until, lambda: held_by(self.program.pid).files <= files, "connections stay open")
+        expect(self.program.alive(), "the program has ended:\n" + self.program.output()[-2000:])
+        return held_by(self.program.pid)
+
+    async def _begin_bystanders(self):
+        self._idle_files = held_by(self.program.pid).files
+        self.ada, self.tom = self._client("Bystander Ada"), self._client("Bystander Tom")
+        await self.ada.sign_on()
+        await self.tom.sign_on()
+        self.lines = len(self.ada.services) + len(self.tom.services) + 2
+
+    async def _end_bystanders(self):
+        for client in (self.ada, self.tom):
+            await client.sign_off()
+            expect(not client.faults, f"{client.name}: {client.faults}")
+
+    async def _talk(self):
+        while not self._stop:
+            for speaker, listener in ((self.ada, self.tom), (self.tom, self.ada)):
+                begin = time.monotonic()
+                text = f"undisturbed {self.messages}"
+                await speaker.say(listener.name, text)
+                await expect_heard(listener, speaker.name, text)
+                self.messages += 1
+                self.longest = max(self.longest, time.monotonic() - begin)
+            await asyncio.sleep(0.005)
+
+    def _client(self, name, **options):
+        return Client(name, (self.service.host, self.service.port), **{"via": self.program.address, **options})
+
+    def _judge(self, warm, held, connections):
+        expect(held.files <= warm.files, "more files are open")
+        expect(held.threads <= warm.threads, "there are more threads")
+        expect(held.memory - warm.memory <= MEMORY_TOLERANCE + connections * CONNECTION_COST, "memory has grown")
+        errors = [line for line in self.program.output().splitlines() if line.startswith("error ")]
+        expect(not errors, "errors were reported:\n" + "\n".join(errors[:5]))
+        # Each message is logged when it goes out and when it comes in.
+        logged = 0
+        for path in glob.glob(f"{self.folder.name}/logs/*ystander*om*/*") + glob.glob(f"{self.folder.name}/logs/*ystander*da*/*"):
+            with open(path, "rb") as file:
+                logged += file.read().count(b"undisturbed ")
+        expect(logged == 2 * self.messages, f"{logged} lines in the log instead of {2 * self.messages}")
+
+
+def expect(holds, otherwise):
+    if not holds:
+        raise AssertionError(otherwise)
+
+
+async def expect_heard(listener, speaker, text):
+    heard = await listener.hear()
+    expect(heard == (speaker, text), f"{listener.name} heard {heard} instead of {text!r} from {speaker}")
+
+
+def main():
+    parser = argparse.ArgumentParser(prog="python3 -m tests.soak", description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("relay")
+    parser.add_argument("--seconds", type=float, default=30)
+    parser.add_argument("--seed", type=int, default=2017)
+    arguments = parser.parse_args()
+    logging.getLogger("asyncio").setLevel(logging.CRITICAL)
+    asyncio.run(Soak(arguments.relay, arguments.seconds, arguments.seed).run())
+    print("flat, whole and undisturbed")
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,152 @@
+// Whatever a frame or a request holds, it goes on as it came, the sockets stay as they were, and a
+// conversation beside it loses nothing. All features are on; the fuzz target of the pair goes further in the
+// same direction.
+#include <gtest/gtest.h>
+
+#include "app/services/modRegistry.h"
+#include "features/clsSessionFeatures.h"
+#include "os/fake/FakeClock.h"
+#include "os/fake/FakeFiles.h"
+#include "tests/unit/Messages.h"
+#include "tests/unit/Rig.h"
+
+namespace {
+
+class HostileFrames : public testing::Test {
+ protected:
+    HostileFrames() {
+        SetSessionHooks(&features_);
+        os::fake::PutFile("/program\\repl.dat", "somebody else\r\nFred\r\n");
+        modRegistry::WriteSetting("logwhere", "/logs");
+        modRegistry::WriteSetting("logims", "1");
+        modRegistry::WriteSetting("logfolder", "1");
+        modRegistry::WriteSetting("seehtml", "1");
+        os::fake::SetLocalTime({2004, 5, 6, 13, 5, 9});
+        bystander_.emplace(rig_.SignOn("bystander"));
+        bystander_->server.TakeReceived();
+    }
+
+    // One message each way, with the numbers that only an undisturbed pair has.
+    void ExpectUndisturbedBystander() {
+        const auto hello = Frame(2, ++fromClient_, "a message");
+        bystander_->client.Feed(hello);
+        ASSERT_EQ(bystander_->server.TakeReceived(), hello);
+        const auto answer = Frame(2, ++fromServer_, "an answer");
+        bystander_->server.Feed(answer);
+        ASSERT_EQ(bystander_->client.TakeReceived(), answer);
+    }
+
+    clsSessionFeatures features_;
+    Rig rig_;
+
+ private:
+    std::optional<Rig::Pair> bystander_;
+    std::int32_t fromClient_ = 1, fromServer_ = 101;
+};
+
+struct Kind {
+    const char* what;
+    std::int32_t family, subtype;
+    ByteString data;
+};
+
+// Each kind of frame that a feature looks into, well-formed; the last one may be rewritten when it stays so.
+const Kind kHookedKinds[] = {
+    {"sign-on request", 0x17, 2, Tlv(1, "My Name") + Tlv(0x25, "0123456789abcdef")},
+    {"self-information", 1, 0xF, Named("My Name") + "00 00 00 01"_hex + Tlv(1, "00 10"_hex)},
+    {"outgoing message", 4, 6, OutgoingData("Tom", Tlv(2, MessageData("hi")) + Tlv(3, ""))},
+    {"incoming message", 4, 7, IncomingData("Tom", Tlv(2, MessageData("hi")))},
+    {"user information", 2, 6,
+     Named("Tom") + "00 00 00 01"_hex + Tlv(1, "00 10"_hex) + Tlv(1, "text") + Tlv(2, "x")},
+};
+
+// The data cut at every position, and with every byte made a length of nothing, too much and far too much.
+std::vector<ByteString> Damaged(const ByteString& data) {
+    std::vector<ByteString> damaged;
+    for (std::size_t at = 0; at < data.size(); ++at) {
+        damaged.push_back(data.substr(0, at));
+        for (const char byte : {'\x00', '\x7F', '\xFF'}) {
+            damaged.push_back(data);
+            damaged.back()[at] = byte;
+        }
+    }
+    return damaged;
+}
+
+}  // namespace
+
+TEST_F(HostileFrames, NoDamagedLengthLosesOrChangesAFrame) {
+    auto [client, server] = rig_.ConnectTalking();
+    std::int32_t fromClient = 2, fromServer = 101;
+    for (const auto& kind : kHookedKinds) {
+        for (const auto& data : Damaged(kind.data)) {
+            const auto snac = Snac(kind.family, kind.subtype, data);
+            Rig::Reports().clear();
+            client.Feed(Frame(2, 0, snac));
+            server.Feed(Frame(2, 0, snac));
+            const auto toServer = server.TakeReceived(), toClient = client.TakeReceived();
+            const bool mayBeRewritten = kind.family == 2;
+            const auto head = mayBeRewritten ? std::size_t{4} : ByteString::npos;
+            ASSERT_EQ(toServer.substr(0, head), Frame(2, fromClient++, snac).substr(0, head))
+                << kind.what << " " << HexDump(data);
+            ASSERT_EQ(toClient.substr(0, head), Frame(2, fromServer++, snac).substr(0, head))
+                << kind.what << " " << HexDump(data);
+            ASSERT_LE(Rig::Reports().size(), 2u) << kind.what << " " << HexDump(data);
+        }
+        ExpectUndisturbedBystander();
+    }
+}
+
+// Eight bytes of anything are an address to the relay, so these stay on the fake network.
+TEST_F(HostileFrames, ARequestThatIsNoneEndsWithItsOwnConnection) {
+    const ByteString requests[] = {
+        "GET / HTTP/1.1\r\nHost: localhost:11080\r\nUser-Agent: x\r\n\r\n",
+        "OPTIONS * HTTP/1.0\r\n\r\n",
+        "16 03 01 00 F8 01 00 00 F4 03 03"_hex + ByteString(240, 'r'),
+        "05 02 00 02"_hex + ByteString(60, '\0'),
+        "SSH-2.0-OpenSSH_9.2\r\n",
+        ByteString(70'000, '\xFF'),
+    };
+    for (const auto& request : requests) {
+        const auto outgoing = os::fake::OutgoingCount();
+        auto& client = os::fake::ConnectTo(Rig::kPort);
+        os::ProcessPendingEvents();
+        client.Feed(request);
+        ASSERT_EQ(os::fake::OutgoingCount(), outgoing + 1);
+        ExpectUndisturbedBystander();
+        os::fake::Outgoing(outgoing).RefuseConnect();
+        os::ProcessPendingEvents();
+        EXPECT_TRUE(client.SawClose());
+        EXPECT_EQ(client.TakeReceived(), "");
+    }
+    ExpectUndisturbedBystander();
+    EXPECT_EQ(os::fake::OpenSocketCount(), 2u) << "the bystander's";
+}
+
+TEST_F(HostileFrames, AServerThatNeverAnswersIsGivenUpWithItsClient) {
+    auto& client = rig_.Connect();
+    auto& server = os::fake::Outgoing(os::fake::OutgoingCount() - 1);
+    client.Feed("impatience");
+    ExpectUndisturbedBystander();
+    client.Close();
+    os::ProcessPendingEvents();
+    EXPECT_FALSE(server.IsConnected());
+    EXPECT_EQ(os::fake::OpenSocketCount(), 2u);
+    ExpectUndisturbedBystander();
+}
+
+TEST_F(HostileFrames, FortyThousandConnectionsLaterASlotNumberIsStillWhole) {
+    for (int i = 0; i < 40'000; ++i) {
+        auto& client = os::fake::ConnectTo(Rig::kPort);
+        os::ProcessPendingEvents();
+        client.Close();
+        os::ProcessPendingEvents();
+    }
+    auto [client, server] = rig_.SignOn("late");
+    EXPECT_EQ(modSocket::ConnIndex("LATE"), 40'001u);
+    server.TakeReceived();
+    modSocket::SetIdle("late", 1);
+    EXPECT_EQ(server.TakeReceived(), Frame(2, 2, Snac(1, 0x11, "00 00 00 3C"_hex)));
+    EXPECT_EQ(os::fake::OpenSocketCount(), 4u);
+    ExpectUndisturbedBystander();
+}

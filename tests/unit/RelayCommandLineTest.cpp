@@ -1,0 +1,90 @@
+// The command line and the error lines of wrenlow-relay; the program as a whole is in tests/e2e.
+#include <gtest/gtest.h>
+
+#include "app/shell/ConsoleReports.h"
+#include "app/shell/RelayOptions.h"
+#include "base/RuntimeError.h"
+#include "os/fake/FakeClock.h"
+#include "os/fake/FakeWorld.h"
+
+namespace {
+
+using Arguments = std::vector<std::string>;
+
+TEST(RelayOptions, TakesEveryOptionInAnyOrder) {
+    const auto options = ParseRelayOptions({"--set", "logims=1", "--listen-port", "0", "--data", "/var/x",
+                                            "--set", "logwhere=a=b", "--settings", "-odd", "--set", "x="});
+    EXPECT_EQ(options.action, RelayOptions::Action::Run);
+    EXPECT_EQ(options.listenPort, 0);
+    EXPECT_EQ(options.dataFolder, "/var/x");
+    EXPECT_EQ(options.settingsFile, "-odd");
+    const std::vector<std::pair<std::string, std::string>> overrides = {
+        {"logims", "1"}, {"logwhere", "a=b"}, {"x", ""}};
+    EXPECT_EQ(options.overrides, overrides);
+}
+
+TEST(RelayOptions, KnowsWhatToDoInsteadOfRunning) {
+    using enum RelayOptions::Action;
+    EXPECT_EQ(ParseRelayOptions({}).action, Run);
+    EXPECT_EQ(ParseRelayOptions({"--version"}).action, Version);
+    EXPECT_EQ(ParseRelayOptions({"--help", "--version"}).action, Help);
+    const auto set = ParseRelayOptions({"--settings", "f", "set", "name", "--value"});
+    EXPECT_EQ(set.action, SetValue);
+    EXPECT_EQ(set.name + "=" + set.value, "name=--value");
+    EXPECT_EQ(ParseRelayOptions({"get", "name"}).action, GetValue);
+}
+
+TEST(RelayOptions, TellsWhatIsWrong) {
+    const struct {
+        Arguments arguments;
+        std::string text;
+    } cases[] = {
+        {{"--bogus"}, "unknown option --bogus"},
+        {{"11080"}, "unexpected argument 11080"},
+        {{"--data"}, "--data needs a value"},
+        {{"--data", ""}, "--data needs a value"},
+        {{"--listen-port", "65536"}, "--listen-port needs a number from 0 to 65535"},
+        {{"--listen-port", "-1"}, "--listen-port needs a number from 0 to 65535"},
+        {{"--listen-port", "80x"}, "--listen-port needs a number from 0 to 65535"},
+        {{"--listen-port", ""}, "--listen-port needs a number from 0 to 65535"},
+        {{"--set", "logims"}, "--set needs NAME=VALUE"},
+        {{"--set", "=1"}, "--set needs NAME=VALUE"},
+        {{"set"}, "set needs a value"},
+        {{"set", "name"}, "set needs a value"},
+        {{"get", "name", "more"}, "unexpected argument more"},
+        {{"get", ""}, "get needs a value"},
+    };
+    for (const auto& [arguments, text] : cases) {
+        try {
+            ParseRelayOptions(arguments);
+            ADD_FAILURE() << text;
+        } catch (const RuntimeError& error) {
+            EXPECT_EQ(error.what(), text);
+            EXPECT_EQ(error.Number(), ErrorNumber::InvalidArgument);
+        }
+    }
+}
+
+TEST(ConsoleReports, ADescriptionFromAStrangerCannotSteerTheTerminal) {
+    os::fake::ResetWorld();
+    EXPECT_EQ(ConsoleReports().LinesFor("bad\x1B[2J\r\nname\x7F", -5, "clsWinConn:X", 3),
+              "error -5: bad?[2J??name? at: clsWinConn:X: 3\n");
+}
+
+TEST(ConsoleReports, WritesTwentyLinesASecondAndTellsWhatItLeftOut) {
+    os::fake::ResetWorld();
+    ConsoleReports reports;
+    const auto count = [&](int times) {
+        int written = 0;
+        for (int i = 0; i < times; ++i) written += reports.LinesFor("x", 1, "a:b", 0).empty() ? 0 : 1;
+        return written;
+    };
+    EXPECT_EQ(count(30), 20);
+    os::fake::AdvanceClock(999);
+    EXPECT_EQ(count(1), 0);
+    os::fake::AdvanceClock(1);
+    EXPECT_EQ(reports.LinesFor("x", 1, "a:b", 0), "11 more errors were not shown\nerror 1: x at: a:b: 0\n");
+    EXPECT_EQ(count(30), 19);
+}
+
+}  // namespace

@@ -1,0 +1,33 @@
+#include "app/services/SafeFileName.h"
+
+#include <gtest/gtest.h>
+
+TEST(SafeFileName, LeavesLegalScreenNamesAlone) {
+    for (const char* name :
+         {"Fred", "Fred Smith 2", "a1", "Communist", "com12", "Null", "LPT", "x.y@example"})
+        EXPECT_EQ(SafeFileName(name), name);
+}
+
+TEST(SafeFileName, KeepsNamesInsideTheirFolder) {
+    const struct {
+        std::string name, safe;
+    } cases[] = {
+        {"..", "__"},
+        {"..\\..\\x", ".._.._x"},
+        {"/etc/passwd", "_etc_passwd"},
+        {"c:*?\"<>|", "c_______"},
+        {std::string("a\0b\n\x1F\x7F", 6), "a_b___"},
+        {"Fred...", "Fred___"},
+        {".. . ", "__ _ "},
+        {std::string(70, 'x'), std::string(64, 'x')},
+        {std::string(63, 'x') + ".y", std::string(63, 'x') + "_"},
+        {"", ""},
+    };
+    for (const auto& [name, safe] : cases) EXPECT_EQ(SafeFileName(name), safe);
+}
+
+TEST(SafeFileName, NamesNoDevice) {
+    for (const char* name :
+         {"con", "NUL", "Aux", "prn", "COM1", "lpt9", "nul.txt", "con ", "Con .x", "CONOUT$", "com\xB9"})
+        EXPECT_EQ(SafeFileName(name), "_") << name;
+}

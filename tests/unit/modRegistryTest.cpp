@@ -1,0 +1,70 @@
+#include "app/services/modRegistry.h"
+
+#include <gtest/gtest.h>
+
+#include "os/fake/FakeRegistryStore.h"
+#include "tests/unit/Hex.h"
+
+namespace {
+constexpr auto kHive = os::RegistryHive::CurrentUser;
+}
+
+TEST(modRegistry, TurnsEachKindOfValueIntoText) {
+    using os::RegistryValue;
+    namespace Type = os::RegistryType;
+    const struct {
+        std::uint32_t type;
+        ByteString data;
+        std::string text;
+    } cases[] = {
+        {Type::String, "without end", "without end"},
+        {Type::String, "'cut' 00 'here'"_hex, "cut"},
+        {Type::ExpandableString, "%APPDATA%", "%APPDATA%"},
+        {Type::Binary, "x", ""},
+        {Type::DWord, "01 00 00 00"_hex, "1"},
+        {Type::DWord, "48 2B 00 00"_hex, "11080"},
+        {Type::DWord, "05 01 00 00"_hex, "21"},  // the byte below 16 loses its leading zero
+        {Type::DWord, "07 00 01 00"_hex, "7"},   // what is above a zero byte is lost
+        {Type::DWord, "00 01 00 00"_hex, ""},    // no digits remain
+        {Type::DWord, "FF FF FF FF"_hex, "4294967295"},
+        {Type::DWord, ByteString(900, '\xFF'), "4294967295"},
+        {77, "x", ""},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(modRegistry::ValueAsText({c.type, c.data}), c.text)
+            << c.type << " " << HexDump(c.data).substr(0, 40);
+    }
+}
+
+TEST(modRegistry, NeverHoldsAnEmptyString) {
+    os::fake::ResetRegistry();
+    EXPECT_EQ(modRegistry::ReadSetting("logims"), "");
+    EXPECT_TRUE(modRegistry::WriteSetting("logims", ""));
+    EXPECT_EQ(modRegistry::ReadSetting("logims"), " ");
+    EXPECT_EQ(modRegistry::QueryValue(kHive, "SOFTWARE\\wrenlow", "LogIMs"), " ");
+}
+
+TEST(modRegistry, ANumberIsAlwaysFourBytes) {
+    os::fake::ResetRegistry();
+    for (const auto& [data, stored] :
+         {std::pair{"05"_hex, "05 00 00 00"_hex}, std::pair{"01 02 03 04 05"_hex, "01 02 03 04"_hex}}) {
+        modRegistry::SetValue(kHive, "key", "name", data, os::RegistryType::DWord);
+        EXPECT_EQ(os::ReadRegistryValue(kHive, "key", "name", 100)->data, stored);
+    }
+}
+
+TEST(modRegistry, AValueOfAThousandAndTwentyFourBytesReadsAsNothing) {
+    os::fake::ResetRegistry();
+    for (const std::size_t length : {1023u, 1024u}) {
+        modRegistry::WriteSetting("logwhere", std::string(length, 'x'));
+        EXPECT_EQ(modRegistry::ReadSetting("logwhere").size(), length == 1023 ? length : 0);
+    }
+}
+
+TEST(modRegistry, FailuresComeOutAsFalse) {
+    os::fake::ResetRegistry();
+    EXPECT_FALSE(modRegistry::DeleteValue(kHive, modRegistry::kSettingsKey, "missing"));
+    os::fake::FailRegistryWrites(true);
+    EXPECT_FALSE(modRegistry::WriteSetting("logims", "1"));
+    os::fake::ResetRegistry();
+}

@@ -1,0 +1,227 @@
+#include "features/modSNReplace.h"
+
+#include <random>
+
+#include "base/RuntimeError.h"
+#include "os/fake/FakeFiles.h"
+#include "tests/unit/LiteralReplacer.h"
+#include "tests/unit/Rig.h"
+
+namespace {
+
+constexpr char kFile[] = "/program\\repl.dat";
+constexpr std::size_t kLargestPayload = 65535;
+
+using Pairs = std::vector<Replacement>;
+
+ByteString Rewrite(const Pairs& pairs, Direction direction, const ByteString& payload) {
+    ByteString rewritten;
+    const bool replaced =
+        modSNReplace::ReplaceScreenNames(ReplacementList(pairs), direction, payload, rewritten);
+    return replaced ? rewritten : payload;
+}
+
+class Dice {
+ public:
+    explicit Dice(unsigned seed) : random_(seed) {}
+
+    std::size_t Upto(std::size_t most) { return random_() % (most + 1); }
+    char OneOf(std::string_view bytes) { return bytes[Upto(bytes.size() - 1)]; }
+    ByteString Text(std::string_view bytes, std::size_t least, std::size_t most) {
+        ByteString text(least + Upto(most - least), ' ');
+        for (auto& byte : text) byte = OneOf(bytes);
+        return text;
+    }
+
+ private:
+    std::mt19937 random_;
+};
+
+void ExpectAsLiteral(const Pairs& pairs, const ByteString& payload) {
+    for (const auto direction : {Direction::ToServer, Direction::ToClient}) {
+        if (Rewrite(pairs, direction, payload) == RewriteLiterally(pairs, direction, payload)) continue;
+        std::string list;
+        for (const auto& pair : pairs)
+            list += HexDump(pair.screenName) + "-> " + HexDump(pair.replacement) + "\n";
+        FAIL() << "payload " << HexDump(payload) << "\npairs\n" << list;
+    }
+}
+
+}  // namespace
+
+TEST(modSNReplace, FindsANameOnlyBehindALengthByteWhateverItsCaseAndBlanks) {
+    const Pairs pairs = {{"asdf1234", "Fred"}};
+    const struct {
+        ByteString server, client;
+    } cases[] = {
+        {"08 'asdf1234'"_hex, "04 'Fred'"_hex},
+        {"00 01 09 'ASDF 1234' 00"_hex, "00 01 04 'Fred' 00"_hex},
+        {"10 'asdf1234        x'"_hex, "04 'Fredx'"_hex},
+        {"08 'asdf1234' 08 'asdf1234'"_hex, "04 'Fred' 04 'Fred'"_hex},
+        {"10 'asdf1234'"_hex, "04 'Fred'"_hex},      // the data end before the length does
+        {"08 'asdf12345'"_hex, "04 'Fred5'"_hex},    // whatever comes behind the length
+        {"'asdf1234'"_hex, "'asdf1234'"_hex},        // nothing before it
+        {"01 'asdf1234'"_hex, "01 'asdf1234'"_hex},  // no length of a screen name
+        {"11 'asdf1234'"_hex, "11 'asdf1234'"_hex},
+        {"07 'asdf1234'"_hex, "07 'asdf1234'"_hex},
+        {"09 ' asdf1234'"_hex, "09 ' asdf1234'"_hex},  // the first character is not where it should be
+        {"08 'asdf123'"_hex, "08 'asdf123'"_hex},
+        {""_hex, ""_hex},
+    };
+    for (const auto& [server, client] : cases) {
+        EXPECT_EQ(Rewrite(pairs, Direction::ToClient, server), client) << HexDump(server);
+    }
+    EXPECT_EQ(Rewrite(pairs, Direction::ToServer, "04 'fREd' 00"_hex), "08 'asdf1234' 00"_hex);
+    EXPECT_EQ(Rewrite(pairs, Direction::ToServer, "08 'asdf1234'"_hex), "08 'asdf1234'"_hex);
+}
+
+TEST(modSNReplace, OnlyLengthsOfScreenNamesCountWhereverTheyStand) {
+    const Pairs pairs = {{"a", "one"}, {"A B", "two"}, {" c", "three"}};
+    for (const ByteString name : {"a", "a b", " c"}) {
+        for (int length = 0; length < 256; ++length) {
+            const auto before = static_cast<std::size_t>(length) % 70;
+            const auto found = static_cast<char>(length) + name;
+            ExpectAsLiteral(pairs, ByteString(before, '.') + found);
+            ExpectAsLiteral(pairs, ByteString(before, '.') + found + ByteString(70, ' '));
+        }
+    }
+}
+
+TEST(modSNReplace, ALaterPairFindsWhatAnEarlierOneWrote) {
+    const Pairs chain = {{"one", "two"}, {"two", "three"}, {"four", "one"}};
+    EXPECT_EQ(Rewrite(chain, Direction::ToClient, "03 'one' 03 'two' 04 'four'"_hex),
+              "05 'three' 05 'three' 03 'one'"_hex);
+    // The blank in front is part of what the search goes by, also where the normal forms are equal.
+    const Pairs sameName = {{" one", "x"}, {"one", "y"}, {"ONE", "z"}};
+    EXPECT_EQ(Rewrite(sameName, Direction::ToClient, "04 'one ' 04 ' one'"_hex), "01 'y' 01 'x'"_hex);
+    // What was put in is searched too, from its second byte on and across its end.
+    EXPECT_EQ(Rewrite({{"one", "x\x04"}}, Direction::ToClient, "03 'one' 'ONE !'"_hex),
+              "02 'x' 02 'x' 04 '!'"_hex);
+}
+
+TEST(modSNReplace, AFrameThatWouldOutgrowItsLengthFieldStaysAsItIs) {
+    const Pairs pairs = {{"ab", "abcdef"}};
+    const auto full = ByteString(kLargestPayload - 7, '.') + "02 'ab'"_hex;
+    EXPECT_EQ(Rewrite(pairs, Direction::ToClient, full).size(), kLargestPayload);
+    const auto over = "." + full;
+    EXPECT_EQ(Rewrite(pairs, Direction::ToClient, over), over);
+    // An alias that holds its own name behind a length grows for ever.
+    EXPECT_EQ(Rewrite({{"ab",
+                        "x\x02"
+                        "ab"}},
+                      Direction::ToClient, "02 'ab'"_hex),
+              "02 'ab'"_hex);
+}
+
+TEST(modSNReplace, RewritesAsTheLiteralAlgorithmDoes) {
+    Dice dice(1);
+    // Few different bytes, so that names, lengths, blanks and overlaps meet all the time.
+    constexpr std::string_view kData("aAbB \x01\x02\x03\x04\x10\x11", 11);
+    for (int round = 0; round < 4000 && !testing::Test::HasFailure(); ++round) {
+        Pairs pairs(1 + dice.Upto(5));
+        for (auto& [screenName, replacement] : pairs) {
+            screenName = dice.Text(dice.Upto(9) == 0 ? kData : kData.substr(0, 5), 1, 5);
+            replacement = dice.Text(dice.Upto(9) == 0 ? kData : kData.substr(0, 5), 1, 5);
+        }
+        ExpectAsLiteral(pairs, dice.Text(kData, 0, 60));
+    }
+}
+
+TEST(modSNReplace, RewritesFramesFullOfListedNamesAsTheLiteralAlgorithmDoes) {
+    Dice dice(2);
+    for (int round = 0; round < 200 && !testing::Test::HasFailure(); ++round) {
+        Pairs pairs(1 + dice.Upto(150));
+        for (auto& [screenName, replacement] : pairs) {
+            screenName = dice.Text("abcxyzABC  19", 1, 18);
+            replacement = dice.Upto(3) == 0 ? pairs[dice.Upto(pairs.size() - 1)].screenName + "1"
+                                            : dice.Text("abcxyzABC  19\xE9", 1, 18);
+        }
+        ByteString payload;
+        while (payload.size() < 600) {
+            const auto& pair = pairs[dice.Upto(pairs.size() - 1)];
+            const auto& name = dice.Upto(1) == 0 ? pair.screenName : pair.replacement;
+            const auto length = name.size() + dice.Upto(1) - (dice.Upto(7) == 0 ? 1 : 0);
+            payload += static_cast<char>(length) + name + dice.Text("  az\x02\x05", 0, 6);
+        }
+        ExpectAsLiteral(pairs, payload.substr(0, payload.size() - dice.Upto(20)));
+    }
+}
+
+class ReplacementFile : public testing::Test {
+ protected:
+    Rig rig_;
+};
+
+TEST_F(ReplacementFile, ReadsTwoLinesForEachPair) {
+    const struct {
+        std::string_view bytes;
+        Pairs pairs;
+    } cases[] = {
+        {"", {}},
+        {"asdf1234\r\nFred\r\nBob 2\r\nBoss\r\n", {{"asdf1234", "Fred"}, {"Bob 2", "Boss"}}},
+        {"asdf1234\r\nFred\r\nodd", {{"asdf1234", "Fred"}, {"odd", ""}}},
+        {"a\nb\rc\n\nd", {{"a", "b"}, {"c", ""}, {"d", ""}}},
+        {"\r\nlost\r\n\r\n\r\na\r\nb\r\n\r\nc\r\n", {{"a", "b"}, {"", "c"}}},
+        {std::string_view("\0\x02\r\n\xFF\r\n", 7), {{std::string("\0\x02", 2), "\xFF"}}},
+    };
+    for (const auto& [bytes, pairs] : cases) {
+        os::fake::PutFile(kFile, bytes);
+        EXPECT_EQ(modSNReplace::ReadReplacements(), pairs) << HexDump(bytes);
+    }
+    EXPECT_TRUE(rig_.Reports().empty());
+}
+
+TEST_F(ReplacementFile, IsWrittenAsItIsRead) {
+    const Pairs pairs = {{"asdf1234", "Fred"}, {"Bob 2", "The Boss"}};
+    modSNReplace::SaveReplacements(pairs);
+    EXPECT_EQ(os::fake::FileText(kFile), "asdf1234\r\nFred\r\nBob 2\r\nThe Boss\r\n");
+    EXPECT_EQ(modSNReplace::ReadReplacements(), pairs);
+}
+
+TEST_F(ReplacementFile, WithoutAPairThatCanBeAppliedIsNoList) {
+    EXPECT_EQ(modSNReplace::LoadReplacements(), nullptr);
+    os::fake::PutFile(kFile, "only a name\r\n\r\n\r\nonly an alias\r\n");
+    EXPECT_EQ(modSNReplace::LoadReplacements(), nullptr);
+    EXPECT_TRUE(rig_.Reports().empty());
+}
+
+TEST_F(ReplacementFile, LeavesOutTooLongPairsAndReportsThemOnce) {
+    const std::string longest(255, 'x');
+    os::fake::PutFile(kFile,
+                      "long\r\n" + longest + "x\r\n" + longest + "x\r\nlong\r\nname\r\n" + longest + "\r\n");
+    const auto list = modSNReplace::LoadReplacements();
+    ASSERT_NE(list, nullptr);
+    ASSERT_EQ(rig_.Reports().size(), 1u);
+    EXPECT_EQ(rig_.Reports()[0].where, "modSNReplace:LoadReplacements");
+
+    ByteString rewritten;
+    EXPECT_FALSE(list->Rewrite(Direction::ToClient, "04 'long'"_hex, rewritten));
+    ASSERT_TRUE(list->Rewrite(Direction::ToClient, "04 'name'"_hex, rewritten));
+    EXPECT_EQ(rewritten, "\xFF" + longest);
+}
+
+TEST_F(ReplacementFile, IsReadToItsLimitsAndNoFurther) {
+    std::string many;
+    for (int i = 0; i < 1000; ++i) many += "n" + std::to_string(i) + "\r\nalias\r\n";
+    os::fake::PutFile(kFile, many);
+    EXPECT_EQ(modSNReplace::ReadReplacements().size(), 1000u);
+    EXPECT_EQ(rig_.Reports().size(), 0u);
+    os::fake::PutFile(kFile, many + "one more");
+    EXPECT_EQ(modSNReplace::ReadReplacements().size(), 1000u);
+    EXPECT_EQ(rig_.Reports().size(), 1u);
+
+    // The limit falls into the second pair's name, which must not become a shorter name.
+    const Pairs first = {{std::string(modSNReplace::kLargestFile - 10, 'a'), "b"}};
+    os::fake::PutFile(kFile, first[0].screenName + "\r\nb\r\nsecond\r\nalias\r\n");
+    EXPECT_EQ(modSNReplace::ReadReplacements(), first);
+    EXPECT_EQ(rig_.Reports().size(), 2u);
+    os::fake::PutFile(kFile, std::string(2 * modSNReplace::kLargestFile, 'a'));
+    EXPECT_EQ(modSNReplace::ReadReplacements(), Pairs());
+    EXPECT_EQ(rig_.Reports().size(), 3u);
+}
+
+TEST_F(ReplacementFile, ThatCannotBeReadIsAFailureAndNotAnEmptyList) {
+    os::fake::PutFile(kFile, "a\r\nb\r\n");
+    os::fake::FailReads(kFile, true);
+    EXPECT_THROW(modSNReplace::LoadReplacements(), RuntimeError);
+}

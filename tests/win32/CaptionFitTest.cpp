@@ -1,0 +1,96 @@
+// Whether every caption fits where its table puts it, at each resolution; the eye does not check that again
+// whenever a text changes.
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include "app/services/frmError.h"
+#include "desktop/frmBug.h"
+#include "desktop/frmSettings.h"
+#include "features/frmAway.h"
+#include "features/frmIdle.h"
+#include "features/frmProfile.h"
+#include "features/frmSNReplacer.h"
+#include "features/frmUnAway.h"
+#include "features/frmUnIdle.h"
+#include "tests/unit/FormRig.h"
+
+namespace {
+
+using Kind = os::ControlKind;
+
+// The dialogs' font at a resolution, and the pixels that dialog units are then.
+class Measure {
+ public:
+    explicit Measure(int dpi)
+        : context_(GetDC(nullptr)),
+          font_(CreateFontA(-MulDiv(8, dpi, 72), 0, 0, 0, FW_NORMAL, FALSE, FALSE, FALSE, DEFAULT_CHARSET, 0,
+                            0, 0, 0, "MS Shell Dlg 2")),
+          oneMark_(MulDiv(16, dpi, 96)) {
+        before_ = SelectObject(context_, font_);
+        constexpr char kLetters[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
+        SIZE size;
+        GetTextExtentPoint32A(context_, kLetters, 52, &size);
+        baseWidth_ = (size.cx / 26 + 1) / 2;
+        baseHeight_ = size.cy;
+    }
+    ~Measure() {
+        SelectObject(context_, before_);
+        DeleteObject(font_);
+        ReleaseDC(nullptr, context_);
+    }
+    Measure(const Measure&) = delete;
+    Measure& operator=(const Measure&) = delete;
+
+    bool Fits(const os::Control& control) const {
+        const bool marked = control.kind == Kind::CheckBox || control.kind == Kind::OptionButton;
+        const int width = MulDiv(control.rect.width, baseWidth_, 4) - (marked ? oneMark_ : 0);
+        const int height = MulDiv(control.rect.height, baseHeight_, 8);
+        RECT needed{0, 0, width, 0};
+        DrawTextA(context_, control.caption, -1, &needed, DT_CALCRECT | DT_NOPREFIX | DT_WORDBREAK);
+        // The inside of a button keeps some distance from its edge.
+        const int edge = control.kind == Kind::Label || marked ? 0 : MulDiv(6, baseWidth_, 4);
+        return needed.right + edge <= width && needed.bottom <= height;
+    }
+
+ private:
+    HDC context_;
+    HFONT font_;
+    HGDIOBJ before_;
+    int oneMark_;
+    int baseWidth_;
+    int baseHeight_;
+};
+
+bool HasCaption(Kind kind) {
+    return kind == Kind::Label || kind == Kind::Button || kind == Kind::DefaultButton ||
+           kind == Kind::CancelButton || kind == Kind::CheckBox || kind == Kind::OptionButton;
+}
+
+struct CaptionFit : FormRig, testing::WithParamInterface<int> {};
+
+}  // namespace
+
+TEST_P(CaptionFit, NoCaptionIsCutOff) {
+    rig.SignOn("My Name");
+    SharedForm<frmAway>().Start();
+    SharedForm<frmUnAway>().Start();
+    SharedForm<frmIdle>().Start();
+    SharedForm<frmUnIdle>().Start();
+    SharedForm<frmProfile>().Start();
+    SharedForm<frmSNReplacer>().Start();
+    SharedForm<frmBug>().Start();
+    SharedForm<frmSettings>().Start(false);
+    frmError error;
+    error.Start("", "", "", 0);
+    const Measure measure(GetParam());
+    for (const char* caption : {"Set Away Message", "Remove Away Message", "Set Idle Time", "Unidle",
+                                "Edit Profile", "Screenname Replacer", "Reprot A Bug", "Settings", "Wrenlow"})
+        for (const auto& control : os::fake::ShownDialog(caption).Table().controls) {
+            const bool fits = !HasCaption(control.kind) || measure.Fits(control);
+            EXPECT_TRUE(fits) << caption << ": " << control.caption;
+        }
+}
+
+INSTANTIATE_TEST_SUITE_P(Resolutions, CaptionFit, testing::Values(96, 120, 144, 192),
+                         [](const auto& dpi) { return std::to_string(dpi.param); });

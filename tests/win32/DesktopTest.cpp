@@ -1,0 +1,263 @@
+// Hotkeys pressed on the real keyboard, windows of another process made translucent, and files on the real
+// disk.
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/services/modRegistry.h"
+#include "base/RuntimeError.h"
+#include "base/Trap.h"
+#include "desktop/cRegHotKey.h"
+#include "desktop/modTrans.h"
+#include "os/FileDialogs.h"
+#include "os/FileWriter.h"
+#include "tests/win32/DesktopRig.h"
+#include "tests/win32/UserThread.h"
+
+namespace {
+
+constexpr std::uint32_t kCtrlShift = os::HotkeyModifier::Ctrl | os::HotkeyModifier::Shift;
+
+class Hotkeys : public testing::Test {
+ protected:
+    void SetUp() override {
+        window = MakeWindow("hotkeys");
+        hotKeys.Attach(reinterpret_cast<os::WindowHandle>(window));
+        hotKeys.HotKeyPress.Bind(listener);
+    }
+    void TearDown() override {
+        if (IsWindow(window)) DestroyWindow(window);
+    }
+
+    bool Heard(const std::string& what) {
+        return Eventually([&] { return heard == what; });
+    }
+
+    HWND window = nullptr;
+    std::string heard;
+    struct Listener {
+        std::string& heard;
+        void operator()(const std::string& name, std::uint32_t modifiers, std::uint32_t key,
+                        const std::string& text) {
+            heard += name + "/" + std::to_string(modifiers) + "/" + std::to_string(key) + "/" + text + ";";
+        }
+    } listener{heard};
+    cRegHotKey hotKeys;
+};
+
+TEST_F(Hotkeys, APressReachesTheListenerWithItsText) {
+    hotKeys.RegisterKey("Set Away", VK_F8, kCtrlShift, "lunch");
+    hotKeys.RegisterKey("Clear Away", 'K', os::HotkeyModifier::Ctrl | os::HotkeyModifier::Alt, "");
+    PressKeys({VK_CONTROL, VK_SHIFT, VK_F8});
+    EXPECT_TRUE(Heard("Set Away/6/119/lunch;")) << heard;
+    heard.clear();
+    PressKeys({VK_CONTROL, VK_MENU, 'K'});
+    EXPECT_TRUE(Heard("Clear Away/3/75/;")) << heard;
+    heard.clear();
+    hotKeys.UnregisterKey("Set Away");
+    PressKeys({VK_CONTROL, VK_SHIFT, VK_F8});
+    PressKeys({VK_CONTROL, VK_MENU, 'K'});
+    EXPECT_TRUE(Heard("Clear Away/3/75/;")) << "the dropped key was heard: " << heard;
+}
+
+TEST_F(Hotkeys, AListenerThatFailsIsReportedAndHearsTheNextPress) {
+    static int reports;
+    reports = 0;
+    const auto before = SetErrorReporter(
+        [](const std::string&, std::int32_t, const std::string&, std::int16_t) { ++reports; });
+    auto fail = [](auto&&...) { throw RuntimeError(5, "on purpose"); };
+    hotKeys.HotKeyPress.Reset();
+    hotKeys.HotKeyPress.Bind(fail);
+    hotKeys.RegisterKey("Set Away", VK_F8, kCtrlShift, "lunch");
+    for (int time = 1; time <= 2; ++time) {
+        PressKeys({VK_CONTROL, VK_SHIFT, VK_F8});
+        EXPECT_TRUE(Eventually([=] { return reports == time; }));
+    }
+    SetErrorReporter(before);
+}
+
+TEST_F(Hotkeys, ACombinationHeldByAnotherProcessIsRefusedInTheSystemsWords) {
+    OtherProcess holder("hotkey");
+    ASSERT_NE(OtherProcess::Window(kHolding), nullptr);
+    try {
+        hotKeys.RegisterKey("Panic!", VK_F7, kCtrlShift, "");
+        FAIL() << "the combination was taken twice";
+    } catch (const RuntimeError& error) {
+        EXPECT_EQ(error.Number(), cRegHotKey::kNotRegistered);
+        const std::string text = error.what();
+        EXPECT_TRUE(text.starts_with("Failed to Register Hot Key [") && text.ends_with("]")) << text;
+        EXPECT_GT(text.size(), sizeof "Failed to Register Hot Key []") << text;
+        EXPECT_EQ(error.Source(), "wrenlow.cRegHotKey");
+    }
+    hotKeys.RegisterKey("Panic!", VK_F9, kCtrlShift, "");  // the name is still free
+}
+
+TEST_F(Hotkeys, TheEndOfTheWindowGivesTheKeysBack) {
+    hotKeys.RegisterKey("Set Away", VK_F8, kCtrlShift, "");
+    DestroyWindow(window);
+    EXPECT_TRUE(RegisterHotKey(nullptr, 1, kCtrlShift, VK_F8));
+    UnregisterHotKey(nullptr, 1);
+}
+
+TEST_F(Hotkeys, TheWindowHearsItsOwnMessagesToo) {
+    SetWindowTextA(window, "renamed");
+    char text[32] = "";
+    GetWindowTextA(window, text, sizeof text);
+    EXPECT_STREQ(text, "renamed");
+    hotKeys.Attach(0);
+    SetWindowTextA(window, "again");
+    GetWindowTextA(window, text, sizeof text);
+    EXPECT_STREQ(text, "again") << "the window's own procedure is back";
+}
+
+TEST(Translucency, ReachesTheWindowsOfAnotherProcessAndIsTakenBack) {
+    ForgetSettings();
+    OtherProcess other("windows");
+    const HWND im = OtherProcess::Window(kImTitle);
+    const HWND chat = OtherProcess::Window(kChatTitle);
+    const HWND unrelated = OtherProcess::Window(kOtherTitle);
+    for (const char* kind : {"trans2", "trans3", "trans4"}) modRegistry::WriteSetting(kind, "0");
+    const auto apply = [](const char* im1, const char* amount) {
+        modRegistry::WriteSetting("trans1", im1);
+        modRegistry::WriteSetting("transamount", amount);
+        modTrans::LoadTransSettings();
+    };
+    const std::pair<const char*, int> amounts[] = {{"0", 255}, {"50", 128}, {"100", 0}};
+    for (const auto& [amount, alpha] : amounts) {
+        apply("1", amount);
+        modTrans::TimerTick();
+        EXPECT_EQ(AlphaOf(im), alpha) << amount;
+    }
+    EXPECT_EQ(AlphaOf(chat), -1);
+    EXPECT_EQ(AlphaOf(unrelated), -1);
+    apply("0", "50");
+    EXPECT_EQ(AlphaOf(im), -1) << "opaque again at once";
+    modTrans::TimerTick();
+    EXPECT_EQ(AlphaOf(im), -1);
+}
+
+class FileWriter : public testing::Test {
+ protected:
+    void SetUp() override {
+        char temporary[MAX_PATH] = "";
+        GetTempPathA(sizeof temporary, temporary);
+        folder = std::string(temporary) + "wrenlow-writer-" + std::to_string(GetCurrentProcessId());
+        CreateDirectoryA(folder.c_str(), nullptr);
+        path = folder + "\\setup.exe";
+    }
+    void TearDown() override {
+        for (const auto& name : Names()) DeleteFileA((folder + "\\" + name).c_str());
+        RemoveDirectoryA(folder.c_str());
+    }
+
+    std::vector<std::string> Names() const {
+        std::vector<std::string> names;
+        WIN32_FIND_DATAA found;
+        const HANDLE search = FindFirstFileA((folder + "\\*").c_str(), &found);
+        if (search == INVALID_HANDLE_VALUE) return names;
+        do {
+            if (found.cFileName[0] != '.') names.emplace_back(found.cFileName);
+        } while (FindNextFileA(search, &found));
+        FindClose(search);
+        return names;
+    }
+
+    std::string folder;
+    std::string path;
+};
+
+TEST_F(FileWriter, PutsAWholeFileInPlaceOfAReadOnlyOne) {
+    { os::FileWriter(path).Finish(); }
+    SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_READONLY);
+    os::FileWriter writer(path);
+    writer.Write("abc");
+    writer.Write(std::string(3 << 20, 'x'));
+    EXPECT_EQ(Names().size(), 2u);
+    writer.MarkFromInternet();
+    writer.Finish();
+    EXPECT_EQ(Names(), std::vector<std::string>{"setup.exe"});
+    WIN32_FILE_ATTRIBUTE_DATA data;
+    ASSERT_TRUE(GetFileAttributesExA(path.c_str(), GetFileExInfoStandard, &data));
+    EXPECT_EQ(data.nFileSizeLow, 3u + (3u << 20));
+}
+
+TEST_F(FileWriter, LeavesNothingWhenItIsGivenUpOrCannotBegin) {
+    {
+        os::FileWriter writer(path);
+        writer.Write("abc");
+    }
+    EXPECT_TRUE(Names().empty());
+    EXPECT_THROW(os::FileWriter(folder + "\\missing\\setup.exe"), RuntimeError);
+    EXPECT_TRUE(Names().empty());
+}
+
+// What a user does in the system's dialog, from a thread of its own: the dialog runs a loop.
+class SaveDialogUser {
+ public:
+    static constexpr const char* kTitle = "Save Setup File";
+    static constexpr int kNameBox = 1148;
+
+    // Waits for the dialog, replaces the proposed name if another is given, and presses the button.
+    SaveDialogUser(const std::string& name, WORD button)
+        : thread_(std::in_place, [this, name, button] {
+              if (!EventuallyFor(10'000, [&] { return NameBox() != nullptr && !ProposedName().empty(); }))
+                  return;
+              proposed = ProposedName();
+              ownerWasDisabled = IsWindowEnabled(GetWindow(Dialog(), GW_OWNER)) == FALSE;
+              if (!name.empty())
+                  SendMessageA(NameBox(), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(name.c_str()));
+              PostMessageA(Dialog(), WM_COMMAND, button, 0);
+          }) {}
+    // What the user has seen is whole afterwards.
+    void Finish() { thread_.reset(); }
+
+    std::string proposed;
+    bool ownerWasDisabled = false;
+
+ private:
+    static HWND Dialog() { return FindWindowA("#32770", kTitle); }
+    static HWND NameBox() { return GetDlgItem(Dialog(), kNameBox); }
+    static std::string ProposedName() {
+        char name[MAX_PATH] = "";
+        SendMessageA(NameBox(), WM_GETTEXT, sizeof name, reinterpret_cast<LPARAM>(name));
+        return name;
+    }
+    // Without handling messages: this thread has none.
+    template <typename Answer>
+    static bool EventuallyFor(DWORD milliseconds, Answer answer) {
+        const auto end = GetTickCount() + milliseconds;
+        while (!answer()) {
+            if (static_cast<LONG>(GetTickCount() - end) > 0) return false;
+            Sleep(5);
+        }
+        return true;
+    }
+
+    std::optional<UserThread> thread_;  // ends with the steps done
+};
+
+TEST(SaveDialog, ProposesTheNameAndGivesTheChosenPlaceOrNothing) {
+    const HWND owner = MakeWindow("owner");
+    const auto ask = [&] {
+        return os::AskSaveFileName(reinterpret_cast<os::WindowHandle>(owner), SaveDialogUser::kTitle,
+                                   "wrenlow18.exe");
+    };
+    char folder[MAX_PATH] = "";
+    GetCurrentDirectoryA(sizeof folder, folder);
+    SaveDialogUser saving("C:\\chosen.exe", IDOK);
+    EXPECT_EQ(ask(), "C:\\chosen.exe");
+    saving.Finish();
+    EXPECT_EQ(saving.proposed, "wrenlow18.exe");
+    EXPECT_TRUE(saving.ownerWasDisabled);
+    SaveDialogUser cancelling("", IDCANCEL);
+    EXPECT_EQ(ask(), std::nullopt);
+    cancelling.Finish();
+    char folderNow[MAX_PATH] = "";
+    GetCurrentDirectoryA(sizeof folderNow, folderNow);
+    EXPECT_STREQ(folderNow, folder);
+    DestroyWindow(owner);
+}
+
+}  // namespace

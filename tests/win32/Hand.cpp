@@ -1,0 +1,240 @@
+// hand.exe: the user's hand for scripts. A command per line of standard input, a line of answer for each:
+//
+//   boxes                   the open message boxes: title, text, buttons by number, between tabs
+//
+//   press N                 presses the button with the number N (1 OK, 2 Cancel) of the only box
+//
+//   windows                 the titles of all visible windows, between tabs; a minimized one after "_"
+//
+//   close TITLE             closes the window with the title, as its own button would
+//
+//   tray X                  opens the tray icon's menu with the right button and chooses the entry X
+//
+//   menu KEYS               the same with keys: D down, R right (into a sub-menu), E Enter
+//
+//   fill TITLE, N, TEXT     between tabs: puts the text into the window's Nth text box, from 0
+//
+//   select TITLE, N, ENTRY  between tabs: chooses an entry, from 0, in the window's Nth drop-down list
+//
+//   push TITLE, CAPTION     between tabs: pushes the window's button
+//
+//   end session             tells Wrenlow's main window that the Windows session ends, and waits for it
+//
+// An answer that begins with "no" says what was not there. Line ends in texts are written as "|".
+#include "tests/win32/DesktopUser.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <iostream>
+
+namespace {
+
+constexpr int kBoxText = 0xFFFF;  // the number of a message box's text
+constexpr DWORD kPatienceMs = 10'000;
+
+std::string OneLine(std::string text) {
+    for (std::size_t at = 0; (at = text.find_first_of("\r\n\t", at)) != std::string::npos; ++at) {
+        if (text[at] == '\r') {
+            text.erase(at--, 1);
+        } else {
+            text[at] = text[at] == '\n' ? '|' : ' ';
+        }
+    }
+    return text;
+}
+
+// Of a window of any process; bounded, because its owner may be busy.
+std::string TextOf(HWND window) {
+    wchar_t wide[512] = L"";
+    DWORD_PTR length = 0;
+    SendMessageTimeoutW(window, WM_GETTEXT, 511, reinterpret_cast<LPARAM>(wide), SMTO_ABORTIFHUNG,
+                        kPatienceMs, &length);
+    char text[1024] = "";
+    WideCharToMultiByte(CP_ACP, 0, wide, -1, text, sizeof text - 1, nullptr, nullptr);
+    return OneLine(text);
+}
+
+BOOL CALLBACK AddVisible(HWND window, LPARAM list) {
+    if (IsWindowVisible(window)) reinterpret_cast<std::vector<HWND>*>(list)->push_back(window);
+    return TRUE;
+}
+
+std::vector<HWND> VisibleWindows() {
+    std::vector<HWND> windows;
+    EnumWindows(AddVisible, reinterpret_cast<LPARAM>(&windows));
+    return windows;
+}
+
+std::vector<HWND> Boxes() {
+    std::vector<HWND> boxes;
+    for (const HWND window : VisibleWindows()) {
+        if (GetDlgItem(window, kBoxText) != nullptr) boxes.push_back(window);
+    }
+    return boxes;
+}
+
+std::string DescribeBoxes() {
+    std::string answer;
+    for (const HWND box : Boxes()) {
+        if (!answer.empty()) answer += '\t';
+        answer += TextOf(box) + '\t' + TextOf(GetDlgItem(box, kBoxText)) + '\t';
+        for (int button = IDOK; button <= IDNO; ++button) {
+            if (GetDlgItem(box, button) != nullptr) answer += std::to_string(button);
+        }
+    }
+    return answer;
+}
+
+std::string Press(const std::string& number) {
+    const auto boxes = Boxes();
+    if (boxes.size() != 1) return "no single box";
+    const HWND button = GetDlgItem(boxes.front(), std::atoi(number.c_str()));
+    if (button == nullptr) return "no such button";
+    PostMessageA(button, BM_CLICK, 0, 0);
+    return Eventually([&] { return !IsWindow(boxes.front()); }) ? "pressed" : "no effect";
+}
+
+std::string Titles() {
+    std::string answer;
+    for (const HWND window : VisibleWindows()) {
+        const auto title = TextOf(window);
+        if (title.empty()) continue;
+        if (!answer.empty()) answer += '\t';
+        answer += (IsIconic(window) ? "_" : "") + title;
+    }
+    return answer;
+}
+
+std::string Close(const std::string& title) {
+    for (const HWND window : VisibleWindows()) {
+        if (TextOf(window) != title) continue;
+        PostMessageA(window, WM_CLOSE, 0, 0);
+        return Eventually([&] { return !IsWindow(window); }) ? "closed" : "no effect";
+    }
+    return "no such window";
+}
+
+std::string OpenTrayMenu() {
+    const HWND tray = TrayWindowHandle();
+    if (tray == nullptr) return "no tray icon";
+    SetCursorPos(100, 100);
+    PostMessageA(tray, WM_MOUSEMOVE, 0, WM_RBUTTONDOWN);
+    return MenusOpen(1) ? "" : "no menu";
+}
+
+std::string ChooseInTray(char letter) {
+    const auto failure = OpenTrayMenu();
+    if (!failure.empty()) return failure;
+    PressKey(static_cast<BYTE>(letter));
+    return MenusOpen(0) ? "chosen" : "no effect";
+}
+
+std::string WalkTrayMenu(const std::string& keys) {
+    const auto failure = OpenTrayMenu();
+    if (!failure.empty()) return failure;
+    std::size_t menus = 1;
+    for (const char key : keys) {
+        PressKey(key == 'D' ? VK_DOWN : key == 'R' ? VK_RIGHT : VK_RETURN);
+        if (key == 'R' && !MenusOpen(++menus)) return "no sub-menu";
+    }
+    return MenusOpen(0) ? "chosen" : "no effect";
+}
+
+HWND VisibleWindow(const std::string& title) {
+    for (const HWND window : VisibleWindows()) {
+        if (TextOf(window) == title) return window;
+    }
+    return nullptr;
+}
+
+// The window's child controls of the class, in the order in which they were made.
+std::vector<HWND> Controls(HWND window, const std::string& className) {
+    std::vector<HWND> controls;
+    for (HWND child = GetWindow(window, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
+        char name[64] = "";
+        GetClassNameA(child, name, sizeof name);
+        if (name == className) controls.push_back(child);
+    }
+    return controls;
+}
+
+// Takes the text up to the first tab off the front.
+std::string TakeField(std::string& fields) {
+    const auto end = std::min(fields.find('\t'), fields.size());
+    auto field = fields.substr(0, end);
+    fields.erase(0, end + 1);
+    return field;
+}
+
+std::string Fill(std::string fields) {
+    const HWND window = VisibleWindow(TakeField(fields));
+    const auto boxes = Controls(window, "Edit");
+    const auto number = static_cast<std::size_t>(std::atoi(TakeField(fields).c_str()));
+    if (number >= boxes.size()) return "no such text box";
+    wchar_t wide[512] = L"";
+    MultiByteToWideChar(CP_ACP, 0, fields.c_str(), -1, wide, 511);
+    SendMessageW(boxes[number], WM_SETTEXT, 0, reinterpret_cast<LPARAM>(wide));
+    return "filled";
+}
+
+std::string Select(std::string fields) {
+    const HWND window = VisibleWindow(TakeField(fields));
+    const auto lists = Controls(window, "ComboBox");
+    const auto number = static_cast<std::size_t>(std::atoi(TakeField(fields).c_str()));
+    if (number >= lists.size()) return "no such list";
+    if (SendMessageA(lists[number], CB_SETCURSEL, static_cast<WPARAM>(std::atoi(fields.c_str())), 0) ==
+        CB_ERR) {
+        return "no such entry";
+    }
+    const auto notification = MAKEWPARAM(static_cast<WORD>(GetDlgCtrlID(lists[number])), CBN_SELCHANGE);
+    SendMessageA(window, WM_COMMAND, notification, reinterpret_cast<LPARAM>(lists[number]));
+    return "selected";
+}
+
+std::string Push(std::string fields) {
+    const HWND window = VisibleWindow(TakeField(fields));
+    for (const HWND button : Controls(window, "Button")) {
+        if (TextOf(button) != fields) continue;
+        PostMessageA(button, BM_CLICK, 0, 0);
+        return Eventually([&] { return !IsWindowVisible(window); }) ? "closed" : "open";
+    }
+    return "no such button";
+}
+
+std::string EndSession() {
+    const HWND window = FindWindowA("WrenlowHidden", "Wrenlow");
+    if (window == nullptr) return "no program";
+    DWORD_PTR agreed = 0, done = 0;
+    SendMessageTimeoutA(window, WM_QUERYENDSESSION, 0, 0, SMTO_NORMAL, kPatienceMs, &agreed);
+    if (agreed == 0) return "no agreement";
+    if (SendMessageTimeoutA(window, WM_ENDSESSION, TRUE, 0, SMTO_NORMAL, kPatienceMs, &done) == 0)
+        return "no answer";
+    return "ended";
+}
+
+std::string Obey(const std::string& line) {
+    const auto blank = line.find(' ');
+    const auto word = line.substr(0, blank);
+    const auto rest = blank == std::string::npos ? std::string() : line.substr(blank + 1);
+    if (word == "boxes") return DescribeBoxes();
+    if (word == "press") return Press(rest);
+    if (word == "windows") return Titles();
+    if (word == "close") return Close(rest);
+    if (word == "tray") return rest.size() == 1 ? ChooseInTray(rest[0]) : "no letter";
+    if (word == "menu") return WalkTrayMenu(rest);
+    if (word == "fill") return Fill(rest);
+    if (word == "select") return Select(rest);
+    if (word == "push") return Push(rest);
+    if (line == "end session") return EndSession();
+    return "no such command";
+}
+
+}  // namespace
+
+int main() {
+    std::string line;
+    while (std::getline(std::cin, line)) {
+        if (!line.empty() && line.back() == '\r') line.pop_back();
+        std::cout << Obey(line) << std::endl;
+    }
+}

@@ -1,0 +1,100 @@
+// Message boxes on the real desktop, answered by a user in a thread: the box waits in its caller.
+#include "os/MessageBox.h"
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <string>
+
+#include "os/Shell.h"
+#include "tests/win32/DesktopUser.h"
+#include "tests/win32/UserThread.h"
+
+namespace {
+
+constexpr char kTitle[] = "Wrenlow box under test";
+constexpr int kIconId = 20;  // of the box's picture, in every version of Windows
+constexpr int kIconIdWine = 1088;
+
+// The box, once it can be used.
+HWND WaitForBox() {
+    HWND box = nullptr;
+    EXPECT_TRUE(Eventually([&] {
+        box = FindWindowA("#32770", kTitle);
+        return box != nullptr && IsWindowVisible(box);
+    }));
+    return box;
+}
+
+os::BoxResult Show(os::BoxIcon icon, os::BoxButtons buttons, const std::function<void(HWND)>& user) {
+    const UserThread thread([&] {
+        if (const HWND box = WaitForBox()) user(box);
+    });
+    return os::ShowMessageBox("First line\r\nsecond line", kTitle, icon, buttons);
+}
+
+bool HasIcon(HWND box) {
+    return GetDlgItem(box, kIconId) != nullptr || GetDlgItem(box, kIconIdWine) != nullptr;
+}
+
+std::atomic<int> ticksSeen = 0;
+
+void CALLBACK CountTick(HWND, UINT, UINT_PTR, DWORD) {
+    ++ticksSeen;
+}
+
+}  // namespace
+
+TEST(MessageBoxOnTheDesktop, EachButtonIsItsAnswer) {
+    using os::BoxButtons, os::BoxResult;
+    const struct {
+        BoxButtons buttons;
+        int press;
+        BoxResult result;
+    } cases[] = {
+        {BoxButtons::Ok, IDOK, BoxResult::Ok},
+        {BoxButtons::OkCancel, IDOK, BoxResult::Ok},
+        {BoxButtons::OkCancel, IDCANCEL, BoxResult::Cancel},
+        {BoxButtons::YesNo, IDYES, BoxResult::Yes},
+        {BoxButtons::YesNo, IDNO, BoxResult::No},
+        {BoxButtons::YesNoCancel, IDNO, BoxResult::No},
+        {BoxButtons::YesNoCancel, IDCANCEL, BoxResult::Cancel},
+    };
+    for (const auto& test : cases) {
+        const auto result = Show(os::BoxIcon::Question, test.buttons, [&](HWND box) {
+            const HWND button = GetDlgItem(box, test.press);
+            EXPECT_NE(button, nullptr);
+            EXPECT_TRUE(HasIcon(box));
+            PostMessageA(button != nullptr ? button : GetDlgItem(box, IDOK), BM_CLICK, 0, 0);
+        });
+        EXPECT_EQ(result, test.result) << test.press;
+    }
+}
+
+TEST(MessageBoxOnTheDesktop, ClosingIsTheAnswerThatDoesLeast) {
+    const auto close = [](HWND box) { PostMessageA(box, WM_CLOSE, 0, 0); };
+    EXPECT_EQ(Show(os::BoxIcon::None, os::BoxButtons::Ok, close), os::BoxResult::Ok);
+    EXPECT_EQ(Show(os::BoxIcon::Error, os::BoxButtons::OkCancel, close), os::BoxResult::Cancel);
+}
+
+TEST(MessageBoxOnTheDesktop, EventsGoOnWhileTheBoxIsOpen) {
+    ticksSeen = 0;
+    const auto timer = SetTimer(nullptr, 0, 10, CountTick);
+    Show(os::BoxIcon::Information, os::BoxButtons::Ok, [](HWND box) {
+        EXPECT_TRUE(Eventually([] { return ticksSeen >= 3; }));
+        PostMessageA(GetDlgItem(box, IDOK), BM_CLICK, 0, 0);
+    });
+    KillTimer(nullptr, timer);
+}
+
+TEST(ShellOnTheDesktop, OpensNothingThatIsNoWebPage) {
+    for (const char* address : {"", "notepad.exe", "file:///C:/windows/notepad.exe", "http:notepad"})
+        EXPECT_FALSE(os::OpenWebPage(0, address)) << address;
+}
+
+TEST(ShellOnTheDesktop, AProgramWithoutADescriptionHasItsName) {
+    EXPECT_EQ(os::ProgramDescription(), "Wrenlow");
+}
