@@ -1,0 +1,1 @@
+"""Measures the programs beside their peers: see README.md. Started by bench/run."""

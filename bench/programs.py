@@ -1,0 +1,163 @@
+"""The programs that are measured. Each is started on a port and stopped again, and knows how oscarload reaches it."""
+import contextlib
+import os
+import subprocess
+import tempfile
+import time
+from pathlib import Path
+
+from tests.e2e.target import Exe, free_port, listens, wait_until
+
+ROOT = Path(__file__).resolve().parents[1]
+
+HAPROXY = """
+global
+    nbthread 1
+    maxconn 9900
+defaults
+    mode tcp
+    timeout connect 10s
+    timeout client 10m
+    timeout server 10m
+listen relay
+    bind 127.0.0.1:{port}
+    server bench 127.0.0.1:{server}
+"""
+
+DANTE = """
+internal: 127.0.0.1 port = {port}
+external: lo
+clientmethod: none
+socksmethod: none
+user.privileged: root
+user.unprivileged: nobody
+client pass {{ from: 127.0.0.0/8 to: 0.0.0.0/0 }}
+socks pass {{ from: 127.0.0.0/8 to: 0.0.0.0/0 }}
+"""
+
+
+class Direct:
+    """No proxy: the limit of the machine."""
+    name = "direct"
+    arguments = ["--direct"]
+
+    @contextlib.contextmanager
+    def running(self):
+        yield []
+
+
+class Process:
+    """A proxy that runs in the foreground; gives the processes whose CPU time and memory are its own."""
+    port = None
+
+    def __init__(self, name, command):
+        self.name = name
+        self._command = command
+        self._folder = tempfile.TemporaryDirectory(prefix="wrenlow-bench-")
+
+    def command(self):
+        self.port = free_port()
+        return [word.format(port=self.port, folder=self._folder.name) for word in self._command]
+
+    @property
+    def arguments(self):
+        return ["--socks4", "--proxy", f"127.0.0.1:{self.port}"]
+
+    def pids(self, process):
+        return [process.pid]
+
+    @contextlib.contextmanager
+    def running(self):
+        process = subprocess.Popen(self.command(), stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                                   stderr=subprocess.DEVNULL)
+        try:
+            wait_until(lambda: listens(self.port), f"{self.name} does not listen")
+            yield self.pids(process)
+        finally:
+            process.terminate()
+            with contextlib.suppress(subprocess.TimeoutExpired):
+                process.wait(5)
+            process.kill()
+            process.wait()
+
+    def write(self, text):
+        path = Path(self._folder.name) / "configuration"
+        path.write_text(text, encoding="ascii")
+        return str(path)
+
+
+class Haproxy(Process):
+    def __init__(self):
+        super().__init__("haproxy", [])
+        self._server = None
+
+    def command(self):
+        self.port, self._server = free_port(), free_port()
+        return ["/usr/sbin/haproxy", "-db", "-f", self.write(HAPROXY.format(port=self.port, server=self._server))]
+
+    @property
+    def arguments(self):
+        return ["--direct", "--proxy", f"127.0.0.1:{self.port}", "--listen", str(self._server)]
+
+
+class Dante(Process):
+    def __init__(self):
+        super().__init__("dante", [])
+
+    def command(self):
+        self.port = free_port()
+        return ["/usr/sbin/danted", "-f", self.write(DANTE.format(port=self.port)), "-p", f"{self._folder.name}/pid"]
+
+
+def relay(name, path):
+    return Process(name, [str(path), "--listen-port", "{port}", "--data", "{folder}", "--settings", "{folder}/settings"])
+
+
+class WineProcess(Process):
+    """Under Wine the server of the prefix works for every event too."""
+
+    def pids(self, process):
+        return [process.pid, *wine_servers()]
+
+
+class WrenlowExe(WineProcess):
+    """Its port is fixed: one at a time on the machine."""
+
+    def __init__(self, path):
+        super().__init__("wrenlow.exe", ["wine", str(path), "d"])
+        self._exe = Exe(path)  # holds the lock of the port
+
+    def command(self):
+        self.port = Exe.PORT
+        wait_until(lambda: not listens(self.port), "the port is taken")
+        return self._command
+
+
+def wine_servers():
+    """The processes of the wineserver of this prefix."""
+    wanted = b"WINEPREFIX=" + os.environ["WINEPREFIX"].encode()
+    found = []
+    for entry in Path("/proc").iterdir():
+        with contextlib.suppress(OSError):
+            if "wineserver" in os.readlink(entry / "exe") and wanted in (entry / "environ").read_bytes().split(b"\0"):
+                found.append(int(entry.name))
+    return found
+
+
+def native(baseline):
+    programs = [Haproxy(), relay("wrenlow-relay", ROOT / "build/release/app/shell/wrenlow-relay"), Dante(), Direct()]
+    return programs + ([relay("before", baseline)] if baseline else [])
+
+
+def wine():
+    return [WineProcess("winrelay", ["wine", str(ROOT / "build/win64/bench/winrelay.exe"), "{port}"]),
+            WrenlowExe(ROOT / "build/win64/app/shell/wrenlow.exe")]
+
+
+def wait_for_ports():
+    """Waits (a minute at most) until earlier runs have left few ports in TIME_WAIT: a proxy could run out of them."""
+    for _ in range(60):
+        words = Path("/proc/net/sockstat").read_text(encoding="ascii").split()
+        if int(words[words.index("tw") + 1]) < 8000:
+            return
+        time.sleep(1)
