@@ -1,0 +1,151 @@
+; The setup program: for one user, without administrator rights, from Windows XP on.
+; Made by packaging/make-setup, which defines VERSION, TARGET, OUTFILE, ROOT (of the sources) and LISTS (a folder with
+; install.nsh and remove.nsh, the files one by one, so that the uninstaller removes what was installed and nothing else).
+;
+;   setup.exe [/S] [/D=FOLDER]        /S asks nothing and shows nothing; /D comes last and takes no quotes
+;   uninstall.exe [/S] [/SETTINGS]    /SETTINGS removes settings, hotkeys and aliases without asking
+; Exit status: 0 done, 1 cancelled by the user, 2 not done (a file cannot be written, or Wrenlow does not end).
+
+Unicode true
+Target ${TARGET}
+Name "Wrenlow"
+OutFile "${OUTFILE}"
+RequestExecutionLevel user
+SetCompressor /SOLID lzma
+ManifestDPIAware true
+ManifestSupportedOS all
+BrandingText "Wrenlow ${VERSION}"
+
+!define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\Wrenlow"
+!define RUN_KEY "Software\Microsoft\Windows\CurrentVersion\Run"
+!define SETTINGS_KEY "Software\Wrenlow"
+!define PROXY_KEY "Software\America Online\AOL Instant Messenger (TM)\CurrentVersion\Proxy"
+
+InstallDir "$LOCALAPPDATA\Programs\Wrenlow"
+InstallDirRegKey HKCU "${UNINSTALL_KEY}" "InstallLocation"
+
+VIProductVersion "${VERSION}.0"
+VIAddVersionKey "ProductName" "Wrenlow"
+VIAddVersionKey "ProductVersion" "${VERSION}"
+VIAddVersionKey "FileDescription" "Setup of Wrenlow"
+VIAddVersionKey "FileVersion" "${VERSION}"
+VIAddVersionKey "CompanyName" "The Wrenlow authors"
+VIAddVersionKey "LegalCopyright" "MIT licence"
+
+!include LogicLib.nsh
+!include FileFunc.nsh
+!include MUI2.nsh
+
+!define MUI_ICON "${ROOT}/app/shell/icons/wren.ico"
+!define MUI_UNICON "${ROOT}/app/shell/icons/wren.ico"
+!define MUI_WELCOMEFINISHPAGE_BITMAP "${NSISDIR}/Contrib/Graphics/Wizard/nsis3-grey.bmp"
+!define MUI_FINISHPAGE_RUN "$INSTDIR\wrenlow.exe"
+!define MUI_FINISHPAGE_RUN_TEXT "Start Wrenlow"
+!define MUI_FINISHPAGE_SHOWREADME "$INSTDIR\manual\index.html"
+!define MUI_FINISHPAGE_SHOWREADME_TEXT "Read the manual"
+!define MUI_FINISHPAGE_SHOWREADME_NOTCHECKED
+!insertmacro MUI_PAGE_DIRECTORY
+!insertmacro MUI_PAGE_INSTFILES
+!insertmacro MUI_PAGE_FINISH
+!insertmacro MUI_UNPAGE_CONFIRM
+!insertmacro MUI_UNPAGE_INSTFILES
+!insertmacro MUI_LANGUAGE "English"
+
+Var wasRunning
+
+; Asks every running Wrenlow to close, as its menu would, and waits until it has: its port and its files are free then.
+; It may have a question open about AIM, so the user is asked to see to it; a silent run gives up instead.
+!macro EndRunning prefix
+Function ${prefix}EndRunning
+  StrCpy $wasRunning 0
+  next:
+  FindWindow $0 "WrenlowHidden" "Wrenlow"
+  IntPtrCmp $0 0 done
+  StrCpy $wasRunning 1
+  System::Call 'user32::GetWindowThreadProcessId(p r0, *i 0 r1)'
+  System::Call 'kernel32::OpenProcess(i 0x100000, i 0, i r1) p .r2' ; SYNCHRONIZE
+  System::Call 'user32::PostMessageW(p r0, i 0x10, p 0, p 0)'       ; WM_CLOSE
+  System::Call 'kernel32::WaitForSingleObject(p r2, i 15000) i .r3'
+  System::Call 'kernel32::CloseHandle(p r2)'
+  IntCmp $3 0 next
+  MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION "Wrenlow is still running. Please close it, then press Retry." \
+    /SD IDCANCEL IDRETRY next
+  SetErrorLevel 2
+  Quit
+  done:
+FunctionEnd
+!macroend
+!insertmacro EndRunning ""
+!insertmacro EndRunning "un."
+
+Section
+  Call EndRunning
+  SetShellVarContext current
+  ; Pages that this version has no more. Only where an earlier version was: any other folder "manual" is not ours.
+  ${If} ${FileExists} "$INSTDIR\uninstall.exe"
+    RMDir /r "$INSTDIR\manual"
+  ${EndIf}
+  !include "${LISTS}/install.nsh"
+  SetOutPath "$INSTDIR"
+  WriteUninstaller "$INSTDIR\uninstall.exe"
+  CreateShortcut "$SMPROGRAMS\Wrenlow.lnk" "$INSTDIR\wrenlow.exe"
+
+  WriteRegStr HKCU "${UNINSTALL_KEY}" "DisplayName" "Wrenlow"
+  WriteRegStr HKCU "${UNINSTALL_KEY}" "DisplayVersion" "${VERSION}"
+  WriteRegStr HKCU "${UNINSTALL_KEY}" "DisplayIcon" "$INSTDIR\wrenlow.exe"
+  WriteRegStr HKCU "${UNINSTALL_KEY}" "Publisher" "The Wrenlow authors"
+  WriteRegStr HKCU "${UNINSTALL_KEY}" "InstallLocation" "$INSTDIR"
+  WriteRegStr HKCU "${UNINSTALL_KEY}" "UninstallString" '"$INSTDIR\uninstall.exe"'
+  WriteRegStr HKCU "${UNINSTALL_KEY}" "QuietUninstallString" '"$INSTDIR\uninstall.exe" /S'
+  WriteRegDWORD HKCU "${UNINSTALL_KEY}" "NoModify" 1
+  WriteRegDWORD HKCU "${UNINSTALL_KEY}" "NoRepair" 1
+  SectionGetSize 0 $0
+  WriteRegDWORD HKCU "${UNINSTALL_KEY}" "EstimatedSize" $0
+
+  ; A silent update leaves the user as it found him; otherwise the last page offers to start the program.
+  ${If} ${Silent}
+  ${AndIf} $wasRunning = 1
+    Exec '"$INSTDIR\wrenlow.exe"'
+  ${EndIf}
+SectionEnd
+
+; AIM could not sign on any more through a proxy that is gone. A proxy of somebody else's is not touched.
+Function un.SwitchProxyOff
+  ReadRegStr $0 HKCU "${PROXY_KEY}" "Host"
+  ReadRegDWORD $1 HKCU "${PROXY_KEY}" "Port"
+  ${If} $0 == "127.0.0.1"
+  ${AndIf} $1 = 11080
+    WriteRegDWORD HKCU "${PROXY_KEY}" "Enabled" 0
+    DetailPrint "AIM's proxy is switched off. If AIM is open, close it and open it again."
+  ${EndIf}
+FunctionEnd
+
+Function un.RemoveSettings
+  DeleteRegKey HKCU "${SETTINGS_KEY}"
+  Delete "$INSTDIR\repl.dat"
+FunctionEnd
+
+Section "Uninstall"
+  Call un.EndRunning
+  SetShellVarContext current
+  DeleteRegValue HKCU "${RUN_KEY}" "Wrenlow"
+  Call un.SwitchProxyOff
+
+  ${GetParameters} $0
+  ClearErrors
+  ${GetOptions} $0 "/SETTINGS" $1
+  ${IfNot} ${Errors}
+    Call un.RemoveSettings
+  ${ElseIf} ${Cmd} `MessageBox MB_YESNO|MB_ICONQUESTION|MB_DEFBUTTON2 \
+      "Remove your settings, hotkeys and aliases too? Your logs stay in any case." /SD IDNO IDYES`
+    Call un.RemoveSettings
+  ${EndIf}
+
+  !include "${LISTS}/remove.nsh"
+  Delete "$INSTDIR\localdata.txt"
+  Delete "$INSTDIR\remotedata.txt"
+  Delete "$INSTDIR\uninstall.exe"
+  Delete "$SMPROGRAMS\Wrenlow.lnk"
+  DeleteRegKey HKCU "${UNINSTALL_KEY}"
+  RMDir "$INSTDIR" ; stays when aliases, logs or the user's own files are in it
+SectionEnd
