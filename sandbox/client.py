@@ -8,7 +8,7 @@ import os
 import struct
 
 from . import wire
-from .record import PATIENCE, Record
+from .record import PATIENCE, Record, within
 from .wire import DATA, HELLO, SIGN_OFF, SIGN_ON, parse_tlvs, snac, tlv
 
 CHAT_ROOMS, ICONS = 0x0D, 0x10  # families of the service connections
@@ -26,12 +26,17 @@ def socks4_request(host, port, user=b""):
 
 async def connect(via, host, port):
     """Reader and writer of a connection to host:port, through the SOCKS4 proxy `via` (host, port) if given."""
+    address = via or (host, port)
+    reader, writer = await within(asyncio.open_connection(*address), "a connection to %s:%s" % address)
     if via is None:
-        return await asyncio.open_connection(host, port)
-    reader, writer = await asyncio.open_connection(*via)
+        return reader, writer
     request = socks4_request(host, port)
     writer.write(request)
-    reply = await reader.readexactly(REPLY_SIZE)
+    try:
+        reply = await within(reader.readexactly(REPLY_SIZE), f"the SOCKS4 reply for {host}:{port}")
+    except BaseException:
+        writer.close()
+        raise
     address = request[2:8]
     if reply != GRANTED + address:
         raise wire.WireFault(f"SOCKS4 reply {reply.hex(' ')}")
@@ -60,28 +65,29 @@ class Line:
         """Sends SNAC(family, subtype) and gives the data of the answering SNAC(family, answer)."""
         request = await self.send_snac(family, subtype, data)
         frame = await self.frames.take(lambda frame: frame.snac in ((family, answer), (family, 1))
-                                       and frame.request == request)
+                                       and frame.request == request,
+                                       f"the answer SNAC({family:#x},{answer:#x}) to SNAC({family:#x},{subtype:#x})")
         if frame.snac[1] == 1:
             raise LookupError(f"SNAC({family:#x},{subtype:#x}) refused")
         return frame.data
 
     async def take(self, family, subtype, patience=PATIENCE):
-        return await self.frames.take(lambda frame: frame.snac == (family, subtype), patience)
+        return await self.frames.take(lambda frame: frame.snac == (family, subtype), f"SNAC({family:#x},{subtype:#x})", patience)
 
     async def hello(self, payload=HELLO):
         """The greeting of both sides. The client speaks without waiting, as soon as it is connected."""
         await self.stream.send(SIGN_ON, payload)
-        frame = await self.frames.take(lambda frame: frame.channel == SIGN_ON)
+        frame = await self.frames.take(lambda frame: frame.channel == SIGN_ON, "the server's greeting")
         if frame.payload != HELLO:
             raise wire.WireFault(f"hello with {frame.payload.hex(' ')}")
 
     async def ended(self):
         """Waits until the server's side has ended."""
-        await asyncio.wait_for(asyncio.shield(self._reading), PATIENCE)
+        await within(asyncio.shield(self._reading), "the server to end the connection")
 
     async def close(self):
         await self.stream.close()
-        await self._reading
+        await self.ended()
 
     async def _read(self):
         try:
@@ -144,7 +150,7 @@ class Client:
     async def sees(self, name):
         """Waits until this buddy has signed on."""
         await self.bos.frames.take(lambda frame: frame.snac == (3, 0xB)
-                                   and wire.same_name(wire.parse_name(frame.data)[0], name))
+                                   and wire.same_name(wire.parse_name(frame.data)[0], name), f"{name} to sign on")
 
     async def profile_of(self, name):
         tlvs = await self._about(name, 1)

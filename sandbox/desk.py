@@ -10,7 +10,9 @@ import time
 from dataclasses import dataclass
 from pathlib import Path
 
-PATIENCE = 30  # seconds; only bounds what hangs
+from .program import PATIENCE, listens
+from .record import within
+
 SETTINGS = r"HKCU\software\Wrenlow"
 PROXY = r"HKCU\software\America Online\AOL Instant Messenger (TM)\CurrentVersion\Proxy"
 SCREEN_NAME = "Sue Sample"
@@ -42,8 +44,18 @@ def _start(*command, **streams):
 async def _wine(*command):
     """Runs a Windows program to its end; gives its status and output."""
     process = await _start(*command, stdout=asyncio.subprocess.PIPE)
-    output, _ = await asyncio.wait_for(process.communicate(), PATIENCE)
+    try:
+        output, _ = await within(process.communicate(), f"the end of {command}", PATIENCE)
+    except BaseException:
+        await _kill(process)
+        raise
     return process.returncode, output.decode(errors="replace")
+
+
+async def _kill(process):
+    if process.returncode is None:
+        process.kill()
+    await within(process.wait(), f"the end of process {process.pid}", PATIENCE)
 
 
 async def registry_values(key):
@@ -84,7 +96,11 @@ class Hand:
 
     async def ask(self, command):
         self._process.stdin.write(command.encode() + b"\n")
-        answer = await asyncio.wait_for(self._process.stdout.readline(), PATIENCE)
+        try:
+            answer = await within(self._process.stdout.readline(), f"the hand's answer to {command!r}", PATIENCE)
+        except TimeoutError:
+            await _kill(self._process)  # a late answer would be taken for that to the next command
+            raise
         if not answer:
             raise RuntimeError("the hand is gone")
         return answer.decode().strip("\r\n")
@@ -117,7 +133,10 @@ class Hand:
 
     async def rest(self):
         self._process.stdin.close()
-        await asyncio.wait_for(self._process.wait(), PATIENCE)
+        try:
+            await within(self._process.wait(), "the hand to rest", PATIENCE)
+        finally:
+            await _kill(self._process)
 
 
 class Wrenlow:
@@ -131,16 +150,21 @@ class Wrenlow:
         self._process = await _start(self._program, "d")  # d: no update check
 
     async def wait_until_listening(self):
-        await until(lambda: self.has_ended() or self._listens(), "the listener")
+        await until(lambda: self.has_ended() or listens(self.PORT), "the listener")
         if self.has_ended():
-            raise RuntimeError("wrenlow.exe has ended at its start")
+            raise RuntimeError(f"wrenlow.exe has ended at its start with status {self._process.returncode}")
+
+    @property
+    def pid(self):
+        """None when it does not run."""
+        return self._process.pid if self._process and not self.has_ended() else None
 
     def has_ended(self):
         return self._process is not None and self._process.returncode is not None
 
     async def end(self):
         """Waits for the end; gives the exit status."""
-        return await asyncio.wait_for(self._process.wait(), PATIENCE)
+        return await within(self._process.wait(), "wrenlow.exe to end", PATIENCE)
 
     async def ask_to_end(self):
         """As a shut-down of the desktop's programs does; returns before the program has ended."""
@@ -148,15 +172,9 @@ class Wrenlow:
 
     async def kill(self):
         """In case it has not ended; then its port is free."""
-        if self._process and not self.has_ended():
-            self._process.kill()
-        await until(lambda: not self._listens(), "its port to be free")
-
-    @classmethod
-    def _listens(cls):
-        # The kernel's list is read: a probe would be one more connection to relay.
-        entry = f"0100007F:{cls.PORT:04X} 00000000:0000 0A"
-        return entry in Path("/proc/net/tcp").read_text(encoding="ascii")
+        if self._process:
+            await _kill(self._process)
+        await until(lambda: not listens(self.PORT), "its port to be free")
 
 
 class AimClient:
@@ -184,11 +202,16 @@ class AimClient:
 
     async def close(self, hand):
         """Closes it, whichever process it is now; does nothing if there is none."""
-        await hand.ask(f"close {SCREEN_NAME}'s Buddy List Window")
+        try:
+            answer = await hand.ask(f"close {SCREEN_NAME}'s Buddy List Window")
+        except (RuntimeError, TimeoutError):
+            answer = "the hand is gone"
+        if answer not in ("closed", "no such window"):
+            await _wine("taskkill", "/f", "/im", "aim.exe")
 
     async def was_ended(self):
         """Waits until the process that we have started has ended; gives its status."""
-        return await asyncio.wait_for(self._process.wait(), PATIENCE)
+        return await within(self._process.wait(), "the AIM client to end", PATIENCE)
 
     def log(self):
         """What it has done, as (process, text)."""

@@ -11,7 +11,7 @@ from dataclasses import dataclass
 
 from . import wire
 from .describe import describe
-from .record import Record
+from .record import Record, within
 from .wire import parse_tlvs, same_name, snac, tlv
 
 COOKIE_SIZE = 256
@@ -234,7 +234,7 @@ class Service:
         self._server.close()
         for task in self._tasks:
             task.cancel()
-        await asyncio.gather(*self._tasks, return_exceptions=True)
+        await within(asyncio.gather(*self._tasks, return_exceptions=True), "the service's connections to end")
 
     @property
     def faults(self):
@@ -243,7 +243,8 @@ class Service:
     async def received(self, name, family, subtype):
         """The first such frame that came from this screen name, when it is there."""
         event = await self.events.find(lambda event: event.kind == "received" and same_name(event.name, name)
-                                       and event.frame.snac == (family, subtype))
+                                       and event.frame.snac == (family, subtype),
+                                       f"SNAC({family:#x},{subtype:#x}) from {name}")
         return event.frame
 
     def note(self, event):

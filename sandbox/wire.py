@@ -9,6 +9,8 @@ import socket
 import struct
 from dataclasses import dataclass
 
+from .record import within
+
 SIGN_ON, DATA, ERROR, SIGN_OFF, KEEP_ALIVE = 1, 2, 3, 4, 5
 HELLO = b"\0\0\0\1"  # the protocol version, first thing on channel 1
 
@@ -156,14 +158,14 @@ class FrameStream:
                 self._writer.write(piece)
                 if self._pause:
                     await asyncio.sleep(self._pause)
-            await self._writer.drain()
+            await within(self._writer.drain(), "the peer to read")
             return seq
 
     async def send_bare_goodbye(self):
         """Four bytes without a length field: how servers end the sessions of old clients."""
         async with self._sending:
             self._writer.write(struct.pack(">BBH", 0x2A, SIGN_OFF, self._next_out))
-            await self._writer.drain()
+            await within(self._writer.drain(), "the peer to read")
 
     def write_raw(self, data):
         self._writer.write(data)
@@ -171,9 +173,12 @@ class FrameStream:
     async def close(self):
         try:
             self._writer.close()
-            await self._writer.wait_closed()
+            await within(self._writer.wait_closed(), "the peer to read what was sent before the end")
         except ConnectionError:
             pass  # the peer was faster
+        except BaseException:
+            self._writer.transport.abort()
+            raise
 
     def reset(self):
         """Breaks the connection: the peer sees a reset instead of an end."""

@@ -1,11 +1,12 @@
 """Control of the AIM client: what the user is asked, what is written, and which processes end and start."""
 import tempfile
-import unittest
 
 from sandbox.client import Client
 from sandbox.desk import (CANCEL, OK, PROXY, SCREEN_NAME, SETTINGS, AimClient, Box, Hand, Wrenlow, registry_forget,
                           registry_set, registry_values, until)
 from sandbox.service import Service
+from tests.e2e.measure import describe
+from tests.report import BoundedTest
 
 FINAL_SETUP = Box("Final Setup", "Wrenlow will now change AIM's connection preferences", [OK, CANCEL])
 WILL_CLOSE = Box("Wrenlow", "Wrenlow will now close AIM to finish changing the connection settings.", [OK, CANCEL])
@@ -18,9 +19,11 @@ THROUGH_US = "through 127.0.0.1:11080"
 TITLES = {f"{SCREEN_NAME}'s Buddy List Window", "fred - Instant Message", "Buddy Info: fred", "Chat Room: Wrens"}
 
 
-class Desk(unittest.IsolatedAsyncioTestCase):
+class Desk(BoundedTest):
     """A desk with a service, an AIM client that is not started yet, and settings that change nothing by themselves."""
-    build = None  # set by the runner
+    LONGEST = 180
+    build = None    # set by the runner
+    wrenlow = None  # from each test's beginning
 
     async def asyncSetUp(self):
         self.service = Service()
@@ -40,6 +43,11 @@ class Desk(unittest.IsolatedAsyncioTestCase):
     async def asyncTearDown(self):
         self.assertEqual(await self.hand.boxes(), [])
         self.assertEqual([fault.text for fault in self.service.faults], [])
+
+    def state(self):
+        if not self.wrenlow or not self.wrenlow.pid:
+            return "wrenlow.exe does not run"
+        return "\n".join([f"wrenlow.exe runs as process {self.wrenlow.pid}:", *describe(self.wrenlow.pid)])
 
     async def start(self, setupaim="1", revertsettings="0"):
         await registry_set(SETTINGS, setupaim=setupaim, revertsettings=revertsettings, onstartup="0")

@@ -1,6 +1,11 @@
-"""What a running program holds of the machine, read from the kernel."""
+"""What a running program holds of the machine and where it stands, read from the kernel."""
 import os
 from dataclasses import dataclass
+from pathlib import Path
+
+TICKS = os.sysconf("SC_CLK_TCK")
+TCP_STATES = " ESTABLISHED SYN_SENT SYN_RECV FIN_WAIT1 FIN_WAIT2 TIME_WAIT CLOSE CLOSE_WAIT LAST_ACK LISTEN CLOSING".split(" ")
+KEEP_ALIVE = 2  # the timer that waits for the next probe
 
 
 @dataclass
@@ -14,12 +19,60 @@ class Held:
 
 
 def held_by(pid):
-    with open(f"/proc/{pid}/status", encoding="ascii") as status:
-        numbers = dict(line.split(":", 1) for line in status)
+    status = Path(f"/proc/{pid}/status").read_text(encoding="ascii")
+    numbers = dict(line.split(":", 1) for line in status.splitlines())
     return Held(int(numbers["VmRSS"].split()[0]), len(os.listdir(f"/proc/{pid}/fd")), int(numbers["Threads"]))
 
 
+def stat(path):
+    """The fields behind the name: state, ..."""
+    return Path(path, "stat").read_text(encoding="ascii").rsplit(")", 1)[1].split()
+
+
 def processor_seconds(pid):
-    with open(f"/proc/{pid}/stat", encoding="ascii") as stat:
-        fields = stat.read().rsplit(")", 1)[1].split()
-    return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
+    fields = stat(f"/proc/{pid}")
+    return (int(fields[11]) + int(fields[12])) / TICKS
+
+
+@dataclass
+class Socket:
+    """One end of a connection on this machine, as in /proc/net/tcp."""
+    port: int
+    peer_port: int
+    state: str
+    unsent: int  # bytes that the other end has not acknowledged
+    unread: int  # bytes that have arrived here and not been read
+    timer: int   # what the kernel waits for
+    inode: int
+
+    def __str__(self):
+        return f"socket {self.port} <-> {self.peer_port}: {self.state}, {self.unread} bytes unread, {self.unsent} unsent"
+
+
+def sockets():
+    def number(text):
+        return int(text, 16)
+    for line in Path("/proc/net/tcp").read_text(encoding="ascii").splitlines()[1:]:
+        _, local, remote, state, queues, timer, _, _, _, inode, *_ = line.split()
+        unsent, unread = map(number, queues.split(":"))
+        yield Socket(number(local.split(":")[1]), number(remote.split(":")[1]), TCP_STATES[number(state)], unsent, unread,
+                     number(timer.split(":")[0]), int(inode))
+
+
+def sockets_of(pid):
+    inodes = set()
+    for entry in os.scandir(f"/proc/{pid}/fd"):
+        try:
+            inodes.add(os.readlink(entry.path))
+        except FileNotFoundError:
+            pass  # closed meanwhile
+    return [socket for socket in sockets() if f"socket:[{socket.inode}]" in inodes]
+
+
+def describe(pid):
+    """Where each thread of the process waits and how each of its sockets is, as lines."""
+    for thread in sorted(Path(f"/proc/{pid}/task").iterdir()):
+        fields = stat(thread)
+        yield (f"thread {thread.name}: {fields[0]} in {(thread / 'wchan').read_text(encoding='ascii')}, "
+               f"{(int(fields[11]) + int(fields[12])) / TICKS} s of the processor")
+    yield from map(str, sockets_of(pid))

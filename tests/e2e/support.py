@@ -1,4 +1,5 @@
-"""What the tests stand on: a service, clients through the program under test, and a conversation nothing may disturb."""
+"""What the tests stand on: the program under test with a conversation through it that nothing may disturb, a service, and
+clients."""
 import asyncio
 import fcntl
 import os
@@ -6,31 +7,67 @@ import re
 import struct
 import tempfile
 import termios
-import time
-import unittest
 
 from sandbox.client import Client, socks4_request
 from sandbox.program import write_aliases
-from sandbox.record import PATIENCE
+from sandbox.record import within
 from sandbox.service import Service
 from sandbox.wire import HELLO, SIGN_ON
+from tests.e2e.measure import sockets
+from tests.report import BoundedTest
 
-program = None  # the Program under test, set by the runner
-target = None   # its Relay or Exe
+target = None   # the Relay or the Exe under test, set by the runner
+program = None  # its Program that all tests share, from the first one that needs it
 
 
-class RelayTest(unittest.IsolatedAsyncioTestCase):
-    """A service and any number of clients. In the end the program lives and nobody has seen a broken frame, except the
-    clients that a test marks as its victims."""
+def start(**options):
+    """A program that listens, with a bystander."""
+    started = target.start(**options)
+    try:
+        started.wait_until_listening()
+        started.accompany()
+    except BaseException:
+        started.kill()
+        raise
+    return started
+
+
+class Bystanders:
+    """What those of all tests have told. The times decide nothing: the machine may do something else, too."""
+    messages, longest, longest_in = 0, 0.0, ""
+
+    @classmethod
+    def ask(cls, bystander, test):
+        told = bystander.told
+        seconds = bystander.how_it_goes()
+        cls.messages += bystander.told - told
+        if seconds > cls.longest:
+            cls.longest, cls.longest_in = seconds, test.id().rsplit(".", 1)[1]
+
+
+class RelayTest(BoundedTest):
+    """The program, a service and any number of clients. In the end the program lives, and nobody has seen a broken frame:
+    not the bystander, and no client that the test has not marked as its victim."""
 
     async def asyncSetUp(self):
+        global program
+        if program is None or not program.alive():
+            self.discard()
+            program = start()
         self.service = await self.new_service()
-        self._clients = []
 
     async def asyncTearDown(self):
-        for client in self._clients:
-            await client.close()
-        self.assertTrue(program.alive(), "the program has ended:\n" + program.output())
+        self.assertTrue(program.alive(), "the program has ended")
+        await asyncio.to_thread(Bystanders.ask, program.bystander, self)
+
+    def state(self):
+        return program.state() if program else "there is no program"
+
+    def discard(self):
+        global program
+        if program:
+            program.kill()
+            program = None
 
     async def new_service(self, **options):
         """A service whose frames every test needs whole; options as for Service."""
@@ -44,14 +81,14 @@ class RelayTest(unittest.IsolatedAsyncioTestCase):
         """A client of the service; a victim's connections may break."""
         service = service or self.service
         client = Client(name, (service.host, service.port), program.address, **options)
-        self._clients.append(client)
         if not victim:
             self.addCleanup(lambda: self.assertEqual(client.faults, []))
+        self.addAsyncCleanup(client.close)
         return client
 
     async def open(self):
         """A bare connection to the program, before any request."""
-        reader, writer = await asyncio.open_connection(*program.address)
+        reader, writer = await within(asyncio.open_connection(*program.address), "a connection to the program")
         self.addCleanup(writer.close)
         return reader, writer
 
@@ -59,7 +96,7 @@ class RelayTest(unittest.IsolatedAsyncioTestCase):
         """A bare connection through the program to host:port."""
         reader, writer = await self.open()
         writer.write(socks4_request(host, port))
-        await within(reader.readexactly(8))
+        await within(reader.readexactly(8), f"the SOCKS4 reply for {host}:{port}")
         return reader, writer
 
     async def bare_server(self):
@@ -67,7 +104,7 @@ class RelayTest(unittest.IsolatedAsyncioTestCase):
         arrivals = asyncio.Queue()
         server = await asyncio.start_server(lambda reader, writer: arrivals.put_nowait((reader, writer)), "127.0.0.1", 0)
         self.addCleanup(server.close)
-        return server.sockets[0].getsockname()[1], lambda: within(arrivals.get())
+        return server.sockets[0].getsockname()[1], lambda: within(arrivals.get(), "a connection at the bare server")
 
     async def pair(self):
         """Both ends of a connection through the program, greetings exchanged: client's and server's (reader, writer)."""
@@ -134,61 +171,8 @@ def frame(channel, seq, payload=b""):
     return struct.pack(">BBHH", 0x2A, channel, seq & 0xFFFF, len(payload)) + payload
 
 
-async def within(awaitable):
-    return await asyncio.wait_for(awaitable, PATIENCE)
-
-
 def waiting_in_the_kernel(connection):
     """Bytes sent on this connection that have not been read by its other end, which is on this machine."""
     unsent = struct.unpack("i", fcntl.ioctl(connection, termios.TIOCOUTQ, b"\0\0\0\0"))[0]
-    other_end = f":{connection.getpeername()[1]:04X} 0100007F:{connection.getsockname()[1]:04X} "
-    with open("/proc/net/tcp", encoding="ascii") as table:
-        entry = next(line.split() for line in table if other_end in line)
-    return unsent + int(entry[4].split(":")[1], 16)  # "transmit queue:receive queue"
-
-
-class Bystanders:
-    """Two clients that talk without a pause while `async with` lasts, and must not notice anything.
-
-    How long a message took at most is only told: it holds what the test itself and the machine did meanwhile.
-    """
-    told, longest, longest_in = 0, 0.0, ""
-
-    def __init__(self, test):
-        self._test = test.id().rsplit(".", 1)[1]
-        self._ada, self._tom = test.client("Ada Bystander"), test.client("tombystander")
-        self._count = 0
-
-    async def __aenter__(self):
-        await self._ada.sign_on()
-        await self._tom.sign_on()
-        await self._exchange()
-        self._talking = asyncio.create_task(self._talk())
-
-    async def __aexit__(self, error, *_):
-        so_far = self._count
-        while not error and self._count < so_far + 2 and not self._talking.done():
-            await asyncio.sleep(0.01)  # at least one whole exchange has begun after the disturbance
-        self._stop = True
-        await within(self._talking)
-
-    async def _talk(self):
-        self._stop = False
-        while not self._stop:
-            await self._exchange()
-
-    async def _exchange(self):
-        for speaker, listener in ((self._ada, self._tom), (self._tom, self._ada)):
-            text = f"message {self._count}"
-            begin = time.monotonic()
-            await speaker.say(listener.name, text)
-            heard = await listener.hear()
-            self._note(time.monotonic() - begin)
-            if heard != (speaker.name, text):
-                raise AssertionError(f"{listener.name} heard {heard} instead of {text!r}")
-            self._count += 1
-
-    def _note(self, seconds):
-        Bystanders.told += 1
-        if seconds > Bystanders.longest:
-            Bystanders.longest, Bystanders.longest_in = seconds, self._test
+    here, there = connection.getsockname()[1], connection.getpeername()[1]
+    return unsent + next(end.unread for end in sockets() if (end.port, end.peer_port) == (there, here))

@@ -6,16 +6,14 @@ import signal
 import socket
 import subprocess
 import tempfile
+import sys
 import time
 
-from sandbox.program import PATIENCE, ExeSettings, RelaySettings
+from sandbox.program import PATIENCE, ExeSettings, RelaySettings, listens
+from tests.e2e.measure import describe
 
-
-def listens(port):
-    """Whether somebody listens on this port. Read from the kernel: a probe would be one more connection to relay."""
-    entry = f"0100007F:{port:04X} 00000000:0000 0A"
-    with open("/proc/net/tcp", encoding="ascii") as table:
-        return entry in table.read()
+OTHERS_TIME = 600  # seconds that other runs may take with the port
+LINES_TOLD = 60  # of sockets and of output, when a test has failed
 
 
 def free_port():
@@ -24,19 +22,22 @@ def free_port():
         return probe.getsockname()[1]
 
 
-def wait_until(condition, what):
-    deadline = time.monotonic() + PATIENCE
+def wait_until(condition, what, patience=PATIENCE):
+    deadline = time.monotonic() + patience
     while not condition():
         if time.monotonic() > deadline:
-            raise TimeoutError(f"waited {PATIENCE} s in vain: {what}")
+            raise TimeoutError(f"waited {patience} s in vain: {what}")
         time.sleep(0.02)
 
 
 class Program:
-    """A started program, its output in a file or going where the test wants it."""
+    """A started program, its output in a file or going where the test wants it. `all` has those that may still run."""
+    all = set()
 
     def __init__(self, command, port, output=None):
         self.port = port
+        self.bystander = None  # see accompany
+        self.all.add(self)
         self._output = tempfile.TemporaryFile()
         self._process = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=output or self._output,
                                          stderr=subprocess.STDOUT)
@@ -69,23 +70,88 @@ class Program:
     def alive(self):
         return self._process.poll() is None
 
+    def state(self):
+        """What can be told of it after a failure: where its threads stand, its sockets, its output."""
+        if self.alive():
+            lines = [f"the program runs as process {self.pid}:", *describe(self.pid)][:LINES_TOLD]
+        else:
+            lines = [f"the program has ended with status {self._process.returncode}"]
+        output = self.output().splitlines()[-LINES_TOLD:]
+        return "\n".join(lines + [f"its output ends so:" if output else "it has written nothing", *output])
+
+    def accompany(self):
+        """Begins a conversation through it, which goes on beside whatever a test does."""
+        self.bystander = Bystander(self.port)
+
     def wait_until_listening(self):
         wait_until(lambda: listens(self.port) or not self.alive(), "the program does not listen")
         if not self.alive():
-            raise RuntimeError(f"ended with status {self._process.returncode} at once:\n{self.output()}")
+            raise RuntimeError(f"ended at once: {self.state()}")
 
     def wait(self):
         """The exit status."""
         return self._process.wait(PATIENCE)
 
     def ask_to_end(self):
+        self.release_bystander()
         self._process.send_signal(signal.SIGTERM)
 
+    def release_bystander(self):
+        """Its conversation is over, and was undisturbed to the end."""
+        if self.bystander:
+            self.bystander.part()
+            self.bystander = None
+
     def kill(self):
-        self._process.stdin.close()
-        if self.alive():
-            self._process.kill()
-            self._process.wait()
+        """Ends it, whatever it does."""
+        if self.bystander:
+            self.bystander.kill()
+        self._process.kill()
+        self._process.wait(PATIENCE)
+        self.all.discard(self)
+        try:
+            self._process.stdin.close()
+        except BrokenPipeError:
+            pass  # something had been typed that it has not read
+
+
+class Bystander:
+    """The process of a conversation (tests/e2e/bystander.py)."""
+
+    def __init__(self, port):
+        command = [sys.executable, "-m", "tests.e2e.bystander", str(port)]
+        self._process = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        self.told = 0
+        self.how_it_goes()
+
+    def how_it_goes(self):
+        """Waits until what is said from now on has come through, too. Gives how many seconds a message took at most since
+        this was asked before."""
+        return self._answer(b"how is it going?\n")
+
+    def part(self):
+        seconds = self._answer(b"good bye\n")
+        self._process.wait(PATIENCE)
+        self.kill()
+        return seconds
+
+    def kill(self):
+        self._process.kill()
+        self._process.wait(PATIENCE)
+        for stream in (self._process.stdin, self._process.stdout):
+            stream.close()
+
+    def _answer(self, question):
+        try:
+            self._process.stdin.write(question)
+            self._process.stdin.flush()
+        except BrokenPipeError:
+            pass  # it has something to say
+        answer = self._process.stdout.readline().decode().strip()  # comes, because it waits for nothing without a bound
+        if not answer.startswith("well "):
+            raise AssertionError(f"the conversation beside the test was disturbed: {answer or 'it has ended'}")
+        self.told, seconds = int(answer.split()[1]), float(answer.split()[2])
+        return seconds
 
 
 class Relay:
@@ -111,7 +177,12 @@ class Relay:
 
 
 class WindowsProgram(Program):
+    def kill(self):
+        super().kill()
+        wait_until(lambda: not listens(self.port), f"port {self.port} is still taken")
+
     def ask_to_end(self):
+        self.release_bystander()
         # Closes the hidden main window, as the tray menu does in the end. (A signal would only hit Wine's loader.)
         subprocess.run(["wine", "taskkill", "/im", "wrenlow.exe"], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
                        timeout=PATIENCE, check=True)
@@ -130,14 +201,23 @@ class Exe:
         if "WINEPREFIX" not in os.environ:
             raise SystemExit("WINEPREFIX is not set; ./test e2e-exe sees to it")
         self._lock = open(self.LOCK_FILE, "w", encoding="ascii")
-        fcntl.flock(self._lock, fcntl.LOCK_EX)
+        wait_until(self._has_the_port, f"another run has {self.LOCK_FILE}", OTHERS_TIME)
         self._folder = tempfile.TemporaryDirectory()
         self.data = self._folder.name
         self._copy = shutil.copy(path, self.data)
         self.settings = ExeSettings()
 
+    def _has_the_port(self):
+        try:
+            fcntl.flock(self._lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
+            return True
+        except BlockingIOError:
+            return False
+
     def start(self, port=PORT):
         assert port == self.PORT
+        if listens(port):
+            raise RuntimeError(f"port {port} is taken, by a program that another run has left")
         return WindowsProgram(["wine", self._copy, "d"], port)  # d: no update check at the start
 
     def close(self):

@@ -6,7 +6,7 @@ import struct
 from sandbox.client import socks4_request
 from sandbox.wire import HELLO, SIGN_ON
 from tests.e2e import support
-from tests.e2e.support import Bystanders, RelayTest, within
+from tests.e2e.support import RelayTest, within
 from tests.e2e.target import free_port
 
 HEADER_OF_A_LONG_FRAME = b"\x2A\x02\x00\x02\x10\x00"
@@ -30,78 +30,65 @@ class BadInput(RelayTest):
             "a host name without an end": b"\x04\x01\x14\x46\0\0\0\1" + b"x" * 2000,
             "nothing": b"",
         }
-        async with Bystanders(self):
-            for what, data in cases.items():
-                with self.subTest(what=what):
-                    reader, writer = await self.open()
-                    writer.write(data)
-                    writer.write_eof()
-                    try:
-                        self.assertEqual(await within(reader.read()), b"")
-                    except ConnectionResetError:
-                        pass  # bytes that nobody wanted to read were left: as good an end as any
-
-    async def test_half_a_request_that_stays(self):
-        half = [await self.open() for _ in range(5)]
-        for _reader, writer in half:
-            writer.write(b"\x04\x01\x14")
-        async with Bystanders(self):
-            pass
+        for what, data in cases.items():
+            with self.subTest(what=what):
+                reader, writer = await self.open()
+                writer.write(data)
+                writer.write_eof()
+                try:
+                    self.assertEqual(await within(reader.read()), b"")
+                except ConnectionResetError:
+                    pass  # bytes that nobody wanted to read were left: as good an end as any
 
     async def test_a_server_that_refuses(self):
-        async with Bystanders(self):
-            for _ in range(10):
-                reader, writer = await self.open()
-                writer.write(socks4_request("127.0.0.1", free_port()))
-                self.assertEqual(await within(reader.read()), b"")
+        for _ in range(10):
+            reader, writer = await self.open()
+            writer.write(socks4_request("127.0.0.1", free_port()))
+            self.assertEqual(await within(reader.read()), b"")
 
     async def test_a_server_that_vanishes(self):
         service = await self.new_service()
         ada = self.client("Ada", service, victim=True)
         await ada.sign_on()
-        async with Bystanders(self):
-            service.user("Ada").connection.stream.reset()
-            with self.assertRaises(ConnectionError):
-                await ada.hear()
+        service.user("Ada").connection.stream.reset()
+        with self.assertRaises(ConnectionError):
+            await ada.hear()
 
     async def test_a_server_that_ends_in_mid_frame(self):
         port, next_arrival = await self.bare_server()
-        async with Bystanders(self):
-            for last in (b"\x2A", b"\x2A\x02\x00", HEADER_OF_A_LONG_FRAME, HEADER_OF_A_LONG_FRAME + b"part"):
-                with self.subTest(last=last.hex(" ")):
-                    reader, _writer = await self.open_to(port)
-                    _, server = await next_arrival()
-                    whole = b"\x2A\x02\x00\x01\x00\x01x"
-                    server.write(whole + last)
-                    server.close()
-                    self.assertEqual(await within(reader.read()), whole)
+        for last in (b"\x2A", b"\x2A\x02\x00", HEADER_OF_A_LONG_FRAME, HEADER_OF_A_LONG_FRAME + b"part"):
+            with self.subTest(last=last.hex(" ")):
+                reader, _writer = await self.open_to(port)
+                _, server = await next_arrival()
+                whole = b"\x2A\x02\x00\x01\x00\x01x"
+                server.write(whole + last)
+                server.close()
+                self.assertEqual(await within(reader.read()), whole)
 
     async def test_resets_in_mid_frame_from_either_side(self):
         port, next_arrival = await self.bare_server()
-        async with Bystanders(self):
-            for breaker in ("client", "server"):
-                with self.subTest(breaker=breaker):
-                    client = await self.open_to(port)
-                    server = await next_arrival()
-                    client[1].write(struct.pack(">BBHH", 0x2A, SIGN_ON, 1, 4) + HELLO)
-                    await within(server[0].readexactly(10))
-                    broken, other = (client, server) if breaker == "client" else (server, client)
-                    broken[1].write(HEADER_OF_A_LONG_FRAME + b"part")
-                    reset(broken[1])
-                    try:
-                        self.assertEqual(await within(other[0].read()), b"")
-                    except ConnectionResetError:
-                        pass  # passing the reset on is fine too
+        for breaker in ("client", "server"):
+            with self.subTest(breaker=breaker):
+                client = await self.open_to(port)
+                server = await next_arrival()
+                client[1].write(struct.pack(">BBHH", 0x2A, SIGN_ON, 1, 4) + HELLO)
+                await within(server[0].readexactly(10))
+                broken, other = (client, server) if breaker == "client" else (server, client)
+                broken[1].write(HEADER_OF_A_LONG_FRAME + b"part")
+                reset(broken[1])
+                try:
+                    self.assertEqual(await within(other[0].read()), b"")
+                except ConnectionResetError:
+                    pass  # passing the reset on is fine too
 
     async def test_frames_that_are_none(self):
         port, next_arrival = await self.bare_server()
-        async with Bystanders(self):
-            _reader, writer = await self.open_to(port)
-            reader, server = await next_arrival()
-            writer.write(b"\xFF" * 70_000 + b"GET / HTTP/1.0\r\n\r\n")
-            # Read as a header of 65,535 bytes; the marker is put right, the rest is an incomplete frame.
-            self.assertEqual(await within(reader.readexactly(65_541)), b"\x2A" + b"\xFF" * 65_540)
-            server.close()
+        _reader, writer = await self.open_to(port)
+        reader, server = await next_arrival()
+        writer.write(b"\xFF" * 70_000 + b"GET / HTTP/1.0\r\n\r\n")
+        # Read as a header of 65,535 bytes; the marker is put right, the rest is an incomplete frame.
+        self.assertEqual(await within(reader.readexactly(65_541)), b"\x2A" + b"\xFF" * 65_540)
+        server.close()
 
     async def test_many_that_come_and_go_at_once(self):
         # Resets may pass on to the server, so it is one that does not mind.
@@ -114,15 +101,13 @@ class BadInput(RelayTest):
                 reset(writer)
             else:
                 writer.close()
-        async with Bystanders(self):
-            await asyncio.gather(*map(visitor, range(60)))
+        await asyncio.gather(*map(visitor, range(60)))
 
     async def test_a_port_that_is_taken(self):
         if support.target.name == "exe":
             self.skipTest("tried with the windows of the program, in the tests of its start")
-        async with Bystanders(self):
-            second = support.target.start(support.program.port)
-            self.addCleanup(second.kill)
-            status = await asyncio.to_thread(second.wait)
+        second = support.target.start(support.program.port)
+        self.addCleanup(second.kill)
+        status = await asyncio.to_thread(second.wait)
         self.assertGreater(status, 0)
         self.assertIn(str(support.program.port), second.output())

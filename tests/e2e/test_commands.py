@@ -5,7 +5,7 @@ import asyncio
 from sandbox.client import connect
 from sandbox.wire import DATA, HELLO, SIGN_ON, snac, tlv
 from tests.e2e import support
-from tests.e2e.support import Bystanders, RelayTest, frame, within
+from tests.e2e.support import RelayTest, frame, within
 
 TYPE = b'text/aolrtf; charset="us-ascii"'
 
@@ -64,11 +64,10 @@ class Commands(RelayTest):
         ada = self.client("Ada Sample")
         await ada.sign_on()
         frames_before = len(ada.bos.frames.items)
-        async with Bystanders(self):
-            for line, _ in COMMANDS:
-                await self.answers(line, f"Sent for {line.split()[1]}.")
-            await ada.say("Ada Sample", "to myself")
-            self.assertEqual(await ada.hear(), ("Ada Sample", "to myself"))
+        for line, _ in COMMANDS:
+            await self.answers(line, f"Sent for {line.split()[1]}.")
+        await ada.say("Ada Sample", "to myself")
+        self.assertEqual(await ada.hear(), ("Ada Sample", "to myself"))
         self.assertEqual(self.payloads("Ada Sample")[-len(COMMANDS) - 1:-1], [payload for _, payload in COMMANDS])
         self.assertEqual(len(ada.bos.frames.items), frames_before)  # the client was shown nothing of it
 
@@ -86,9 +85,8 @@ class Commands(RelayTest):
                              expected)
 
     async def test_the_end_of_the_input_ends_the_commands_and_nothing_else(self):
-        program = support.target.start()
+        program = support.start()
         self.addCleanup(program.kill)
-        program.wait_until_listening()
         program.end_input()
         await self.says(program, "standard input has ended, and commands with it; Ctrl-C ends the program")
         reader, writer = await connect(program.address, self.service.host, self.service.port)

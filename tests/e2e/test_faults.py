@@ -3,7 +3,7 @@ import os
 import subprocess
 
 from sandbox.wire import DATA, pack_message, pack_name, snac, tlv
-from tests.e2e.support import Bystanders, FeatureTest, frame, within
+from tests.e2e.support import FeatureTest, frame, within
 
 IM_HEAD = b"cookie..\0\1" + pack_name("tomsample")
 NO_INFO = b"\0\0\0\0"  # warning level, count of TLVs
@@ -43,16 +43,14 @@ class Malformed(FeatureTest):
 
     async def test_frames_from_the_client_pass_unchanged(self):
         self.log_to()
-        async with Bystanders(self):
-            (_, client), (server, _) = await self.pair()
-            await self.send_all(FROM_CLIENT, client, server)
+        (_, client), (server, _) = await self.pair()
+        await self.send_all(FROM_CLIENT, client, server)
 
     async def test_frames_from_the_server_pass_unchanged(self):
         self.log_to()
         self.settings(seehtml="1")
-        async with Bystanders(self):
-            (client, _), (_, server) = await self.pair()
-            await self.send_all(FROM_SERVER, server, client)
+        (client, _), (_, server) = await self.pair()
+        await self.send_all(FROM_SERVER, server, client)
 
     async def test_nothing_is_reported_of_messages_that_nobody_logs(self):
         (_, client), (server, _) = await self.pair()
@@ -145,12 +143,11 @@ class AliasFiles(FeatureTest):
             ("one endless line", b"n" * 2_000_000, 1, "name1"),
             ("any bytes", bytes(range(256)) * 200, 0, "name1"),
         ]
-        async with Bystanders(self):
-            for what, data, reports, shown in cases:
-                with self.subTest(what=what):
-                    self.aliases(data)
-                    (client, _), (_, server) = await self.pair()
-                    server.write(frame(DATA, 101, snac(3, 0xB, pack_name("name1"))))
-                    expected = frame(DATA, 101, snac(3, 0xB, pack_name(shown)))
-                    self.assertEqual(await within(client.readexactly(len(expected))), expected)
-                    self.expect_reports(reports)
+        for what, data, reports, shown in cases:
+            with self.subTest(what=what):
+                self.aliases(data)
+                (client, _), (_, server) = await self.pair()
+                server.write(frame(DATA, 101, snac(3, 0xB, pack_name("name1"))))
+                expected = frame(DATA, 101, snac(3, 0xB, pack_name(shown)))
+                self.assertEqual(await within(client.readexactly(len(expected))), expected)
+                self.expect_reports(reports)

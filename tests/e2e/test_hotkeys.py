@@ -34,11 +34,7 @@ class Hotkeys(RelayTest):
             for suffix, text in zip(("n", "nt", "na"), parts):
                 store(KEY + r"\hotkeys", f"{number}{suffix}", text)
         self.addCleanup(wine, "reg", "delete", KEY, "/f")
-        if support.program.alive():
-            support.program.ask_to_end()
-            support.program.wait()
-        support.program = support.target.start()
-        support.program.wait_until_listening()
+        self.discard()  # it is started with these settings now
         await super().asyncSetUp()
 
     async def asyncTearDown(self):
@@ -65,6 +61,7 @@ class Hotkeys(RelayTest):
             client = subprocess.Popen(["wine", aim, "wait"], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
             try:
                 self.assertEqual((await within(asyncio.to_thread(client.stdout.readline))).strip(), b"waiting")
+                support.program.release_bystander()
                 await self.press(CONTROL, SHIFT, F9)
                 self.assertEqual(await asyncio.to_thread(support.program.wait), 0)
                 await asyncio.to_thread(client.wait, PATIENCE)

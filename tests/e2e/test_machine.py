@@ -7,30 +7,32 @@ import os
 import socket
 import subprocess
 import sys
-import unittest
 
 from sandbox.client import Client
+from sandbox.record import within
 from sandbox.service import Service
 from tests.e2e import support
-from tests.e2e.support import within
-from tests.e2e.target import wait_until
+from tests.report import BoundedTest
 
 VISITORS = 3_000  # two lines each: more than a pipe takes
 
 
-class Machine(unittest.IsolatedAsyncioTestCase):
+class Machine(BoundedTest):
     async def asyncSetUp(self):
         if support.target.name != "relay":
             self.skipTest("for the native program")
+        self.program = None
         self.service = Service()
         await self.service.start()
         self.addAsyncCleanup(self.service.stop)
 
     def start(self, **options):
-        program = support.target.start(**options)
-        self.addCleanup(program.kill)
-        program.wait_until_listening()
-        return program
+        self.program = support.start(**options)
+        self.addCleanup(self.program.kill)
+        return self.program
+
+    def state(self):
+        return self.program.state() if self.program else "no program was started"
 
     async def expect_works(self, program):
         """Two users sign on and hear each other."""
@@ -41,7 +43,7 @@ class Machine(unittest.IsolatedAsyncioTestCase):
         for client in (ada, tom):
             await client.sign_off()
             self.assertEqual(client.faults, [])
-        self.assertTrue(program.alive())
+        await asyncio.to_thread(support.Bystanders.ask, program.bystander, self)
 
     async def test_output_that_nobody_reads_and_then_nobody_can(self):
         reading, writing = os.pipe()
@@ -98,5 +100,5 @@ class Machine(unittest.IsolatedAsyncioTestCase):
             self.skipTest("no network of its own can be made here")
         seen = await asyncio.to_thread(subprocess.run,
                                        [*inside, sys.executable, "-m", "tests.e2e.neighbour", support.target.path],
-                                       check=False, capture_output=True, text=True)
+                                       check=False, capture_output=True, text=True, timeout=self.LONGEST)
         self.assertEqual(seen.returncode, 0, seen.stdout + seen.stderr)

@@ -5,9 +5,10 @@ import signal
 import subprocess
 import sys
 import textwrap
+import time
 from pathlib import Path
 
-from tests.e2e.target import Exe, free_port
+from tests.e2e.target import OTHERS_TIME, Exe, free_port
 
 from .result import Result
 
@@ -17,9 +18,10 @@ RESULTS = BUILD / "test-results"
 IN_WINE = [str(ROOT / "tools/in-wine"), str(BUILD / "wine-test")]
 FUZZ_SECONDS = 60  # for all targets together
 CPPCHECKED = ["base", "os", "core", "app", "features", "desktop", "ui"]
-LONGEST = 900  # seconds that any one program may take
+LONGEST = 900     # seconds that any one program may take
+TIME_TO_END = 30  # seconds that it has then, to end what it has started
 # The port of wrenlow.exe is fixed: whoever starts it for a test holds this lock meanwhile.
-WITH_PORT = ["flock", Exe.LOCK_FILE]
+WITH_PORT = ["flock", "--wait", str(OTHERS_TIME), Exe.LOCK_FILE]
 
 _running = set()  # each leads a process group of its own, so that it can be stopped with all it started
 
@@ -39,12 +41,25 @@ def run(log, command):
     try:
         return process.wait(LONGEST)
     except subprocess.TimeoutExpired:
-        os.killpg(process.pid, signal.SIGKILL)
-        process.wait()
+        stop(process)
         log.write(f"\nstopped after {LONGEST} s\n")
         return 1
     finally:
         _running.discard(process)
+
+
+def stop(process):
+    """Asks the whole group to end first: suites tell what they have so far, and tools/in-wine ends its Wine."""
+    for number in (signal.SIGTERM, signal.SIGKILL):
+        deadline = time.monotonic() + TIME_TO_END
+        try:
+            os.killpg(process.pid, number)
+            while time.monotonic() < deadline:
+                process.poll()  # or its entry would stay in the group
+                os.killpg(process.pid, 0)
+                time.sleep(0.1)
+        except ProcessLookupError:
+            return
 
 
 def build(preset, *targets):
