@@ -73,7 +73,9 @@ void Connection::limit_Tick() {
     Vanish();
 }
 
+// The limit may be due in the turn in which the peer's end has come.
 void Connection::Vanish() {
+    limit_->Stop();
     if (!queue_.Empty()) ++givenUp;
     auto& lingerers = Lingerers();
     auto self = std::move(lingerers[lingeringPlace_]);

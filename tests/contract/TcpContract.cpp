@@ -1,5 +1,6 @@
 // The contract of os/Tcp.h, lines 1 to 5: events, order, closing, destroying, listening.
 #include "base/RuntimeError.h"
+#include "os/Clock.h"
 #include "tests/contract/TcpRig.h"
 
 namespace {
@@ -112,6 +113,26 @@ TEST_F(TcpContract, ClosingWithUnreadBytesDoesNotLoseWhatWasSent) {
     pair->server.socket->Send("too late");
     ASSERT_TRUE(Wait([&] { return pair->server.events == "dE"; }));
     EXPECT_EQ(pair->server.received, "last words");
+}
+
+// The peer's end and the end of the patience with it, found in one turn, end the connection once.
+TEST_F(TcpContract, APeersEndThatComesTogetherWithTheTimeLimitIsHarmless) {
+    constexpr std::int64_t kLongerThanTheLimitMs = 2'100;
+    Recorder server;
+    const auto peer = ConnectRaw(server);
+    server.socket->Close();
+    LetPass();
+    bool isOver = false;
+    os::Post([&] {
+        peer->EndDirection();
+        const auto start = os::MonotonicMilliseconds();
+        while (os::MonotonicMilliseconds() - start < kLongerThanTheLimitMs) {
+        }
+        isOver = true;
+    });
+    EXPECT_TRUE(Wait([&] { return isOver; }));
+    LetPass();
+    EXPECT_EQ(Connect()->server.events, "");
 }
 
 TEST_F(TcpContract, HalfClosedPeerStillGetsWhatIsSent) {
