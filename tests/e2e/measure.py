@@ -42,7 +42,8 @@ class Socket:
     state: str
     unsent: int  # bytes that the other end has not acknowledged
     unread: int  # bytes that have arrived here and not been read
-    timer: int   # what the kernel waits for
+    timer: int   # what the kernel waits for, ...
+    when: float  # ... and for how many seconds yet
     inode: int
 
     def __str__(self):
@@ -55,8 +56,9 @@ def sockets():
     for line in Path("/proc/net/tcp").read_text(encoding="ascii").splitlines()[1:]:
         _, local, remote, state, queues, timer, _, _, _, inode, *_ = line.split()
         unsent, unread = map(number, queues.split(":"))
+        timer, when = map(number, timer.split(":"))
         yield Socket(number(local.split(":")[1]), number(remote.split(":")[1]), TCP_STATES[number(state)], unsent, unread,
-                     number(timer.split(":")[0]), int(inode))
+                     timer, when / TICKS, int(inode))
 
 
 def sockets_of(pid):

@@ -6,8 +6,9 @@ import struct
 from sandbox.client import socks4_request
 from sandbox.wire import HELLO, SIGN_ON
 from tests.e2e import support
+from tests.e2e.measure import KEEP_ALIVE, sockets
 from tests.e2e.support import RelayTest, within
-from tests.e2e.target import free_port
+from tests.e2e.target import free_port, wait_until
 
 HEADER_OF_A_LONG_FRAME = b"\x2A\x02\x00\x02\x10\x00"
 
@@ -80,6 +81,15 @@ class BadInput(RelayTest):
                     self.assertEqual(await within(other[0].read()), b"")
                 except ConnectionResetError:
                     pass  # passing the reset on is fine too
+
+    async def test_a_server_that_goes_without_a_word_is_asked_for_after_a_minute(self):
+        _, (_, server) = await self.pair()
+        here, there = (server.get_extra_info(name)[1] for name in ("sockname", "peername"))
+
+        def next_probe():
+            own = next(socket for socket in sockets() if (socket.port, socket.peer_port) == (there, here))
+            return own.when if own.timer == KEEP_ALIVE else float("inf")
+        await asyncio.to_thread(wait_until, lambda: next_probe() <= 60, "no probe of the connection is due in a minute")
 
     async def test_frames_that_are_none(self):
         port, next_arrival = await self.bare_server()

@@ -1,8 +1,12 @@
 """What a feature cannot do costs one report; the frame goes on as it was, and so does everything after it."""
+import contextlib
 import os
 import subprocess
+from pathlib import Path
 
+from sandbox.desk import Hand
 from sandbox.wire import DATA, pack_message, pack_name, snac, tlv
+from tests.e2e import support
 from tests.e2e.support import FeatureTest, frame, within
 
 IM_HEAD = b"cookie..\0\1" + pack_name("tomsample")
@@ -77,58 +81,69 @@ class LogFolders(FeatureTest):
         command = ["mount", "-t", "tmpfs", "-o", "size=64k", "tmpfs", folder]
         if subprocess.run(command, stderr=subprocess.DEVNULL, check=False).returncode != 0:
             self.skipTest("nothing can be mounted here")
-        self.addCleanup(subprocess.run, ["umount", folder], check=True)
+        self.addCleanup(subprocess.run, ["umount", "--lazy", folder], check=True)
         return folder
 
     def expect_lines(self, folder, *texts):
         lines = b"".join(b"Ada Sample (TIME): %s\r\nAdaSample (TIME): %s\r\n" % (text, text) for text in texts)
         self.assertEqual(self.logs(folder), {"AdaSample DATE.txt": lines})
 
-    async def test_a_folder_that_cannot_be_made(self):
+    async def survives(self, folder, spoil, mend, begun=True, lost="lost"):
+        """What is said while the log is spoilt is missing there, each line costs one report, and nothing else is lost."""
         await self.sign_on()
-        folder = self.folder()
-        self.log_to(folder + "/missing/deep")
-        await self.say("lost", 2)
-        os.mkdir(folder + "/missing")
-        await self.say("kept", 0)
-        self.expect_lines(folder + "/missing/deep", b"kept")
+        self.log_to(folder)
+        if begun:
+            await self.say("first", 0)
+        await spoil()
+        await self.say(lost, 2)
+        await mend()
+        await self.say("last", 0)
+        self.expect_lines(folder, *([b"first"] if begun else []), b"last")
+
+    async def test_a_folder_that_cannot_be_made(self):
+        folder = self.folder() + "/missing"
+        await self.survives(folder + "/deep", nothing, call(os.mkdir, folder), begun=False)
 
     async def test_a_file_in_the_folders_place(self):
-        await self.sign_on()
-        folder = self.folder()
-        with open(folder + "/file", "wb"):
-            pass
-        self.log_to(folder + "/file")
-        await self.say("lost", 2)
-        os.remove(folder + "/file")
-        await self.say("kept", 0)
-        self.expect_lines(folder + "/file", b"kept")
+        folder = self.folder() + "/file"
+        await self.survives(folder, call(Path(folder).touch), call(os.remove, folder), begun=False)
 
     async def test_a_read_only_folder(self):
-        await self.sign_on()
-        folder = self.log_to(self.mount())
-        subprocess.run(["mount", "-o", "remount,ro", folder], check=True)
-        await self.say("lost", 2)
-        subprocess.run(["mount", "-o", "remount,rw", folder], check=True)
-        await self.say("kept", 0)
-        self.expect_lines(folder, b"kept")
+        folder = self.mount()
+        await self.survives(folder, *(call(subprocess.run, ["mount", "-o", "remount," + mode, folder], check=True)
+                                      for mode in ("ro", "rw")))
 
     async def test_a_full_disk_leaves_no_half_line(self):
-        await self.sign_on()
-        folder = self.log_to(self.mount())
-        await self.say("first", 0)
-        filler = folder + "/filler"
-        with open(filler, "wb", buffering=0) as file:
-            try:
+        folder = self.mount()
+        filler = Path(folder, "filler")
+
+        async def fill():
+            with open(filler, "wb", buffering=0) as file, contextlib.suppress(OSError):
                 while file.write(bytes(4096)):
                     pass
-            except OSError:
-                pass  # now the disk is full
-        long = "x" * 5000  # more than is left of the log's last block
-        await self.say(long, 2)
-        os.remove(filler)
-        await self.say("last", 0)
-        self.expect_lines(folder, b"first", b"last")
+        await self.survives(folder, fill, call(filler.unlink), lost="x" * 5000)  # more than is left of the log's last block
+
+    async def test_a_file_that_another_program_has_locked(self):
+        if support.target.name != "exe":
+            self.skipTest("only Windows has locks that keep others out")
+        hand = await Hand.reach_out(os.path.join(os.path.dirname(support.target.path), "../../tests/win32/hand.exe"))
+        self.addAsyncCleanup(hand.rest)
+        folder = self.folder()
+
+        async def lock():
+            await hand.do("lock " + support.target.settings.path(str(next(Path(folder).iterdir()))), "locked")
+        await self.survives(folder, lock, lambda: hand.do("unlock", "unlocked"))
+
+
+async def nothing():
+    pass
+
+
+def call(function, *arguments, **options):
+    """The call as a coroutine function."""
+    async def called():
+        function(*arguments, **options)
+    return called
 
 
 class AliasFiles(FeatureTest):

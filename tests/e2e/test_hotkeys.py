@@ -29,7 +29,7 @@ class Hotkeys(RelayTest):
             self.skipTest("only wrenlow.exe has hotkeys")
         self.keys = os.path.join(os.path.dirname(support.target.path), "../../tests/win32/press_keys.exe")
         store(KEY, "enablehotkey", "1")
-        store(KEY + r"\hotkeys", "n", str(len(HOTKEYS)))
+        store(KEY + r"\hotkeys", "n", "2000000000")  # a damaged list counts as far as it goes
         for number, parts in enumerate(HOTKEYS, 1):
             for suffix, text in zip(("n", "nt", "na"), parts):
                 store(KEY + r"\hotkeys", f"{number}{suffix}", text)

@@ -1,18 +1,19 @@
-// ReferenceReader: frames out of a stream by the rules alone. It keeps everything it has and takes one frame
-// at a time; what the relay does is compared with it.
+// ReferenceReader: frames out of a stream by the rules alone. It keeps everything that an arrival has left
+// and takes one frame at a time; what the relay does is compared with it.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
-inline std::uint8_t ByteAt(const std::string& bytes, std::size_t offset) {
+inline std::uint8_t ByteAt(std::string_view bytes, std::size_t offset) {
     return static_cast<std::uint8_t>(bytes[offset]);
 }
 
-inline std::size_t WordAt(const std::string& bytes, std::size_t offset) {
+inline std::size_t WordAt(std::string_view bytes, std::size_t offset) {
     return static_cast<std::size_t>(ByteAt(bytes, offset)) << 8 | ByteAt(bytes, offset + 1);
 }
 
@@ -22,12 +23,14 @@ class ReferenceReader {
 
     void Feed(const std::string& chunk) {
         if (chunk.empty()) return;
-        rest_ += chunk;
+        const auto bytes = kept_ + chunk;
+        rest_ = bytes;
         const auto before = frames.size();
         while (TakeFrame()) {
         }
+        kept_ = rest_;
         // Four bytes that end an arrival may be a whole frame; what follows decides.
-        if (rest_.size() == 4) isOpen_ = true;
+        if (kept_.size() == 4) isOpen_ = true;
         isBehindFrame_ = frames.size() > before;
     }
 
@@ -37,9 +40,9 @@ class ReferenceReader {
     }
 
     void End() {
-        if (rest_.size() != 4) return;
-        frames.push_back(rest_ + std::string(2, '\0'));
-        rest_.clear();
+        if (kept_.size() != 4) return;
+        frames.push_back(kept_ + std::string(2, '\0'));
+        kept_.clear();
         isOpen_ = false;
     }
 
@@ -50,16 +53,19 @@ class ReferenceReader {
             if (!verdict) return false;
             isOpen_ = false;
             if (*verdict) {
-                frames.push_back(rest_.substr(0, 4) + std::string(2, '\0'));
-                rest_.erase(0, 4);
+                frames.push_back(Take(4) + std::string(2, '\0'));
                 return true;
             }
         }
         if (rest_.size() < 6 || rest_.size() < 6 + WordAt(rest_, 4)) return false;
-        const auto length = 6 + WordAt(rest_, 4);
-        frames.push_back(rest_.substr(0, length));
-        rest_.erase(0, length);
+        frames.push_back(Take(6 + WordAt(rest_, 4)));
         return true;
+    }
+
+    std::string Take(std::size_t size) {
+        const std::string taken(rest_.substr(0, size));
+        rest_.remove_prefix(size);
+        return taken;
     }
 
     // Whether the four bytes were a frame: the next four are the beginning of the next one.
@@ -78,7 +84,8 @@ class ReferenceReader {
         return true;
     }
 
-    std::string rest_;
+    std::string kept_;       // between two arrivals
+    std::string_view rest_;  // during one
     bool isOpen_ = false;
     bool isBehindFrame_ = false;
 };

@@ -20,12 +20,18 @@
 //
 //   end session             tells Wrenlow's main window that the Windows session ends, and waits for it
 //
+//   lock PATH               opens the file so that nobody else can, until "unlock"
+//
+//   holdings                what Wrenlow holds of the system, as "handles N gdi N windows N"
+//
 // An answer that begins with "no" says what was not there. Line ends in texts are written as "|".
 #include "tests/win32/DesktopUser.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <iostream>
+
+#include "tests/win32/Holdings.h"
 
 namespace {
 
@@ -201,8 +207,12 @@ std::string Push(std::string fields) {
     return "no such button";
 }
 
+HWND MainWindow() {
+    return FindWindowA("WrenlowHidden", "Wrenlow");
+}
+
 std::string EndSession() {
-    const HWND window = FindWindowA("WrenlowHidden", "Wrenlow");
+    const HWND window = MainWindow();
     if (window == nullptr) return "no program";
     DWORD_PTR agreed = 0, done = 0;
     SendMessageTimeoutA(window, WM_QUERYENDSESSION, 0, 0, SMTO_NORMAL, kPatienceMs, &agreed);
@@ -210,6 +220,23 @@ std::string EndSession() {
     if (SendMessageTimeoutA(window, WM_ENDSESSION, TRUE, 0, SMTO_NORMAL, kPatienceMs, &done) == 0)
         return "no answer";
     return "ended";
+}
+
+HANDLE lockedFile = INVALID_HANDLE_VALUE;
+
+std::string Lock(const std::string& path) {
+    lockedFile = CreateFileA(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    return lockedFile == INVALID_HANDLE_VALUE ? "no such file" : "locked";
+}
+
+std::string Unlock() {
+    return CloseHandle(lockedFile) ? "unlocked" : "no lock";
+}
+
+std::string HoldingsOfWrenlow() {
+    DWORD process = 0;
+    GetWindowThreadProcessId(MainWindow(), &process);
+    return Holdings(process);
 }
 
 std::string Obey(const std::string& line) {
@@ -226,6 +253,9 @@ std::string Obey(const std::string& line) {
     if (word == "select") return Select(rest);
     if (word == "push") return Push(rest);
     if (line == "end session") return EndSession();
+    if (word == "lock") return Lock(rest);
+    if (line == "unlock") return Unlock();
+    if (line == "holdings") return HoldingsOfWrenlow();
     return "no such command";
 }
 
