@@ -36,6 +36,9 @@ VIAddVersionKey "LegalCopyright" "MIT licence"
 !include FileFunc.nsh
 !include MUI2.nsh
 
+Var wasRunning
+Var outcome ; what the uninstaller tells in the end
+
 !define MUI_ICON "${ROOT}/app/shell/icons/wren.ico"
 !define MUI_UNICON "${ROOT}/app/shell/icons/wren.ico"
 !define MUI_WELCOMEFINISHPAGE_BITMAP "${NSISDIR}/Contrib/Graphics/Wizard/nsis3-grey.bmp"
@@ -48,10 +51,9 @@ VIAddVersionKey "LegalCopyright" "MIT licence"
 !insertmacro MUI_PAGE_INSTFILES
 !insertmacro MUI_PAGE_FINISH
 !insertmacro MUI_UNPAGE_CONFIRM
+!define MUI_INSTFILESPAGE_FINISHHEADER_SUBTEXT "$outcome"
 !insertmacro MUI_UNPAGE_INSTFILES
 !insertmacro MUI_LANGUAGE "English"
-
-Var wasRunning
 
 ; Asks every running Wrenlow to close, as its menu would, and waits until it has: its port and its files are free then.
 ; It may have a question open about AIM, so the user is asked to see to it; a silent run gives up instead.
@@ -62,14 +64,16 @@ Function ${prefix}EndRunning
   FindWindow $0 "WrenlowHidden" "Wrenlow"
   IntPtrCmp $0 0 done
   StrCpy $wasRunning 1
+  DetailPrint "Waiting for Wrenlow to close..."
   System::Call 'user32::GetWindowThreadProcessId(p r0, *i 0 r1)'
   System::Call 'kernel32::OpenProcess(i 0x100000, i 0, i r1) p .r2' ; SYNCHRONIZE
   System::Call 'user32::PostMessageW(p r0, i 0x10, p 0, p 0)'       ; WM_CLOSE
   System::Call 'kernel32::WaitForSingleObject(p r2, i 15000) i .r3'
   System::Call 'kernel32::CloseHandle(p r2)'
   IntCmp $3 0 next
-  MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION "Wrenlow is still running. Please close it, then press Retry." \
-    /SD IDCANCEL IDRETRY next
+  MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION \
+    "Wrenlow is still running. It may be waiting for your answer to a question about AIM.$\r$\n$\r$\n\
+    Please answer it, or close Wrenlow, then press Retry." /SD IDCANCEL IDRETRY next
   SetErrorLevel 2
   Quit
   done:
@@ -82,7 +86,7 @@ Section
   Call EndRunning
   SetShellVarContext current
   ; Pages that this version has no more. Only where an earlier version was: any other folder "manual" is not ours.
-  ${If} ${FileExists} "$INSTDIR\uninstall.exe"
+  ${If} ${FileExists} "$INSTDIR\wrenlow.exe"
     RMDir /r "$INSTDIR\manual"
   ${EndIf}
   !include "${LISTS}/install.nsh"
@@ -116,7 +120,7 @@ Function un.SwitchProxyOff
   ${If} $0 == "127.0.0.1"
   ${AndIf} $1 = 11080
     WriteRegDWORD HKCU "${PROXY_KEY}" "Enabled" 0
-    DetailPrint "AIM's proxy is switched off. If AIM is open, close it and open it again."
+    StrCpy $outcome "AIM connects without Wrenlow now. If AIM is open, close it and open it again."
   ${EndIf}
 FunctionEnd
 
@@ -129,6 +133,7 @@ Section "Uninstall"
   Call un.EndRunning
   SetShellVarContext current
   DeleteRegValue HKCU "${RUN_KEY}" "Wrenlow"
+  StrCpy $outcome "Wrenlow was removed."
   Call un.SwitchProxyOff
 
   ${GetParameters} $0

@@ -111,11 +111,16 @@ class Setup(unittest.IsolatedAsyncioTestCase):
         self.assertEqual(windows.values(PROXY_KEY)["Enabled"], 0)
         self.assertEqual(windows.values(SETTINGS_KEY)["checkupdate"], "0")
 
-    def test_removes_settings_when_told_to_and_never_touches_another_proxy(self):
+    def test_goes_where_it_is_told_to_removes_settings_and_never_touches_another_proxy(self):
+        self.home = windows.drive_c() / "Another place" / "Wrenlow"
+        self.addCleanup(shutil.rmtree, self.home.parent, True)
         windows.write(PROXY_KEY, "Enabled", 1)
         windows.write(PROXY_KEY, "Host", "127.0.0.1")
         windows.write(PROXY_KEY, "Port", 1080)
-        self.install(NEW)
+        program, folder = map(windows.windows_path, (self.setup[NEW], self.home))
+        self.assertEqual(windows.run_line(f'"{program}" /S /D={folder}'), 0)  # blanks and all, without quotes
+        self.assertIn("wrenlow.exe", self.installed())
+        self.assertEqual(windows.values(UNINSTALL_KEY)["InstallLocation"], folder)
         (self.home / "repl.dat").write_bytes(b"tomsample\r\nTom\r\n")
         self.uninstall("/SETTINGS")
         self.assertIsNone(windows.values(SETTINGS_KEY))
@@ -127,7 +132,7 @@ class Setup(unittest.IsolatedAsyncioTestCase):
         self.addCleanup(shutil.rmtree, self.home.parent, True)
         windows.write(SETTINGS_KEY, "logims", "1")
         windows.write(SETTINGS_KEY, "logwhere", windows.windows_path(self.home) + "\\logs\\")
-        # Where an earlier version was; /D=, which takes no quotes, cannot be given through Wine's command line.
+        # Where an earlier version was, the next one goes.
         windows.write(UNINSTALL_KEY, "InstallLocation", windows.windows_path(self.home))
         self.install(NEW)
         (self.home / "repl.dat").write_bytes(b"tomsample\r\nTommy\r\n")

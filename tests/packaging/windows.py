@@ -23,6 +23,14 @@ def run(*command):
                           stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=LONGEST).returncode
 
 
+def run_line(line):
+    """The same of a command line that reaches Windows as it stands, without quotes of ours; ASCII only."""
+    with tempfile.TemporaryDirectory() as folder:
+        batch = Path(folder, "line.bat")
+        batch.write_text(line + "\r\n", encoding="ascii")
+        return run("cmd", "/c", windows_path(batch))
+
+
 def windows_path(path):
     return subprocess.run(["winepath", "-w", str(path)], env=ENVIRONMENT, capture_output=True, text=True, check=True,
                           timeout=LONGEST).stdout.strip()
