@@ -19,6 +19,11 @@ def output(*command, **options):
     return subprocess.run(command, capture_output=True, text=True, check=True, timeout=300, **options).stdout
 
 
+def name_of(heading):
+    """By which links know a heading, here and on the web pages of the sources."""
+    return re.sub(r"[^a-z0-9 -]", "", heading.lower()).replace(" ", "-")
+
+
 def package(folder, **environment):
     subprocess.run([ROOT / "packaging/package", BUILD, folder], check=True, timeout=300, stdout=subprocess.DEVNULL,
                    env={**os.environ, "SOURCE_DATE_EPOCH": "1700000000", **environment})
@@ -95,6 +100,27 @@ class Downloads(unittest.TestCase):
                     self.assertTrue((manual / (file or name)).is_file())
                     if heading:
                         self.assertIn(f'id="{heading}"', pages[file or name])
+
+    def test_every_link_of_the_sources_leads_somewhere(self):
+        pages = {page: page.read_text(encoding="utf-8") for page in ROOT.rglob("*.md")
+                 if page.relative_to(ROOT).parts[0] not in ("build", "dist")}
+        for page, text in pages.items():
+            for link in re.findall(r"\]\((?!https?:)([^)\s]+)\)", text):
+                with self.subTest(page=str(page.relative_to(ROOT)), link=link):
+                    file, _, heading = link.partition("#")
+                    target = (page.parent / file).resolve() if file else page
+                    self.assertTrue(target.exists())
+                    if heading:
+                        self.assertIn(heading, map(name_of, re.findall(r"(?m)^#+ (.*)", pages[target])))
+
+    def test_the_version_is_told_the_same_everywhere(self):
+        header = (ROOT / "base/Version.h").read_text(encoding="utf-8")
+        self.assertEqual(".".join(re.findall(r"(?:MAJOR|MINOR|REVISION) (\d+)", header)), VERSION)
+        told = re.findall(r"(?m)^## (\S+)", (ROOT / "CHANGELOG.md").read_text(encoding="utf-8"))[:1]
+        for page in (ROOT / "README.md", *(ROOT / "docs/manual").glob("*.md")):
+            told += re.findall(r"wrenlow(?:-relay)?[-_](\d[\d.]*\d)[-_]", page.read_text(encoding="utf-8"))
+        self.assertGreater(len(told), 4)
+        self.assertEqual(set(told), {VERSION})
 
     def test_every_page_of_the_manual_can_be_reached(self):
         pages = {page.stem for page in (ROOT / "docs/manual").glob("*.md")}
