@@ -8,7 +8,7 @@ import sys
 from pathlib import Path
 
 from tests import report
-from tests.desk import test_aim_client, test_dialogs
+from tests.desk import test_aim_client, test_dialogs, test_program
 
 
 def main():
@@ -20,7 +20,7 @@ def main():
 
     logging.getLogger("asyncio").setLevel(logging.ERROR)  # a slow turn of the loop is no news on a busy machine
     test_aim_client.Desk.build = arguments.build.resolve()
-    return report.run("the program on a desk", report.load([test_aim_client, test_dialogs], arguments.k), arguments.json)
+    return report.run("the program on a desk", report.load([test_aim_client, test_dialogs, test_program], arguments.k), arguments.json)
 
 
 sys.exit(main())

@@ -27,7 +27,7 @@ class Hotkeys(RelayTest):
     async def asyncSetUp(self):
         if support.target.name != "exe":
             self.skipTest("only wrenlow.exe has hotkeys")
-        self.keys = os.path.join(os.path.dirname(support.target.path), "../../tests/win32/press_keys.exe")
+        self.hand = os.path.join(os.path.dirname(support.target.path), "../../tests/win32/hand.exe")
         store(KEY, "enablehotkey", "1")
         store(KEY + r"\hotkeys", "n", "2000000000")  # a damaged list counts as far as it goes
         for number, parts in enumerate(HOTKEYS, 1):
@@ -41,7 +41,7 @@ class Hotkeys(RelayTest):
         pass  # the program is gone, as it should be
 
     async def press(self, *codes):
-        await asyncio.to_thread(wine, self.keys, *map(str, codes))
+        await asyncio.to_thread(wine, self.hand, "keys", *map(str, codes))
 
     async def until_back(self, name):
         while self.service.user(name).away:
@@ -57,10 +57,12 @@ class Hotkeys(RelayTest):
         await within(self.until_back("Ada Sample"))
 
         with tempfile.TemporaryDirectory() as folder:
-            aim = shutil.copy(self.keys, os.path.join(folder, "aim.exe"))
-            client = subprocess.Popen(["wine", aim, "wait"], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+            aim = shutil.copy(self.hand, os.path.join(folder, "aim.exe"))  # any program that stays for a while
+            client = subprocess.Popen(["wine", aim], stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
             try:
-                self.assertEqual((await within(asyncio.to_thread(client.stdout.readline))).strip(), b"waiting")
+                client.stdin.write(b"hello\n")
+                client.stdin.flush()
+                self.assertTrue(await within(asyncio.to_thread(client.stdout.readline)))  # it runs
                 support.program.release_bystander()
                 await self.press(CONTROL, SHIFT, F9)
                 self.assertEqual(await asyncio.to_thread(support.program.wait), 0)

@@ -52,15 +52,20 @@ bool Eventually(const std::function<bool()>& answer) {
     return true;
 }
 
-void PressKey(BYTE key) {
-    keybd_event(key, 0, 0, 0);
-    keybd_event(key, 0, KEYEVENTF_KEYUP, 0);
+void PressKeys(const std::vector<BYTE>& keys) {
+    for (const BYTE key : keys) keybd_event(key, 0, 0, 0);
+    for (auto key = std::rbegin(keys); key != std::rend(keys); ++key)
+        keybd_event(*key, 0, KEYEVENTF_KEYUP, 0);
 }
 
-void ClickAt(int x, int y, DWORD down, DWORD up) {
-    SetCursorPos(x, y);
-    mouse_event(down, 0, 0, 0, 0);
-    mouse_event(up, 0, 0, 0, 0);
+// Movement and press in one piece: between two calls the display's own pointer can move back.
+void ClickAt(LONG x, LONG y, DWORD button) {
+    const auto part = [](LONG pixel, int metric) {
+        const int size = GetSystemMetrics(metric);
+        return static_cast<DWORD>((pixel * 65536 + size - 1) / size);
+    };
+    mouse_event(MOUSEEVENTF_ABSOLUTE | MOUSEEVENTF_MOVE | button, part(x, SM_CXSCREEN), part(y, SM_CYSCREEN),
+                0, 0);
 }
 
 HWND TrayWindowHandle() {

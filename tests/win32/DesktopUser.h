@@ -8,11 +8,15 @@
 #include <string>
 #include <vector>
 
-// Asks until the answer is yes; false when patience (10 s) is over.
+// Asks until the answer is yes, without handling messages; false when patience (10 s) is over.
 bool Eventually(const std::function<bool()>& answer);
 
-void PressKey(BYTE key);
-void ClickAt(int x, int y, DWORD down, DWORD up);  // MOUSEEVENTF_...
+// Presses the keys together and lets them go in reverse.
+void PressKeys(const std::vector<BYTE>& keys);
+inline void PressKey(BYTE key) {
+    PressKeys({key});
+}
+void ClickAt(LONG x, LONG y, DWORD button = MOUSEEVENTF_LEFTDOWN | MOUSEEVENTF_LEFTUP);
 
 // The hidden window that owns the tray icon.
 HWND TrayWindowHandle();

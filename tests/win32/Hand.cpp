@@ -1,28 +1,24 @@
-// hand.exe: the user's hand for scripts. A command per line of standard input, a line of answer for each:
+// hand.exe: the user's hand for scripts. A command per line of standard input, or one on the command line; a
+// line of answer for each:
 //
+// clang-format off
 //   boxes                   the open message boxes: title, text, buttons by number, between tabs
-//
 //   press N                 presses the button with the number N (1 OK, 2 Cancel) of the only box
-//
 //   windows                 the titles of all visible windows, between tabs; a minimized one after "_"
-//
 //   close TITLE             closes the window with the title, as its own button would
-//
+//   read TITLE              the texts in the window, between tabs
+//   alpha TITLE             how opaque the window is, 0 to 255; "no layer" when nobody has said
 //   tray X                  opens the tray icon's menu with the right button and chooses the entry X
-//
-//   menu KEYS               the same with keys: D down, R right (into a sub-menu), E Enter
-//
+//   menu KEYS               the same with keys: D down, U up, R right (into a sub-menu), E Enter, without which the
+//                           menu stays open
+//   keys CODES              presses the keys of these virtual-key codes together
 //   fill TITLE, N, TEXT     between tabs: puts the text into the window's Nth text box, from 0
-//
 //   select TITLE, N, ENTRY  between tabs: chooses an entry, from 0, in the window's Nth drop-down list
-//
-//   push TITLE, CAPTION     between tabs: pushes the window's button
-//
+//   push TITLE, CAPTION     between tabs: pushes the window's button or check box
 //   end session             tells Wrenlow's main window that the Windows session ends, and waits for it
-//
 //   lock PATH               opens the file so that nobody else can, until "unlock"
-//
 //   holdings                what Wrenlow holds of the system, as "handles N gdi N windows N"
+// clang-format on
 //
 // An answer that begins with "no" says what was not there. Line ends in texts are written as "|".
 #include "tests/win32/DesktopUser.h"
@@ -30,6 +26,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <iostream>
+#include <sstream>
 
 #include "tests/win32/Holdings.h"
 
@@ -60,15 +57,39 @@ std::string TextOf(HWND window) {
     return OneLine(text);
 }
 
-BOOL CALLBACK AddVisible(HWND window, LPARAM list) {
-    if (IsWindowVisible(window)) reinterpret_cast<std::vector<HWND>*>(list)->push_back(window);
+BOOL CALLBACK AddWindow(HWND window, LPARAM list) {
+    reinterpret_cast<std::vector<HWND>*>(list)->push_back(window);
     return TRUE;
 }
 
 std::vector<HWND> VisibleWindows() {
     std::vector<HWND> windows;
-    EnumWindows(AddVisible, reinterpret_cast<LPARAM>(&windows));
+    EnumWindows(AddWindow, reinterpret_cast<LPARAM>(&windows));
+    std::erase_if(windows, [](HWND window) { return !IsWindowVisible(window); });
     return windows;
+}
+
+// The controls of a window, in the order in which they were made; those of its pages too.
+std::vector<HWND> ControlsIn(HWND window) {
+    std::vector<HWND> controls;
+    if (window != nullptr) EnumChildWindows(window, AddWindow, reinterpret_cast<LPARAM>(&controls));
+    return controls;
+}
+
+std::vector<HWND> ControlsIn(HWND window, const std::string& className) {
+    auto controls = ControlsIn(window);
+    std::erase_if(controls, [&](HWND control) {
+        char name[64] = "";
+        GetClassNameA(control, name, sizeof name);
+        return name != className;
+    });
+    return controls;
+}
+
+// With tabs between.
+void Append(std::string& answer, const std::string& field) {
+    if (!answer.empty()) answer += '\t';
+    answer += field;
 }
 
 std::vector<HWND> Boxes() {
@@ -82,8 +103,7 @@ std::vector<HWND> Boxes() {
 std::string DescribeBoxes() {
     std::string answer;
     for (const HWND box : Boxes()) {
-        if (!answer.empty()) answer += '\t';
-        answer += TextOf(box) + '\t' + TextOf(GetDlgItem(box, kBoxText)) + '\t';
+        Append(answer, TextOf(box) + '\t' + TextOf(GetDlgItem(box, kBoxText)) + '\t');
         for (int button = IDOK; button <= IDNO; ++button) {
             if (GetDlgItem(box, button) != nullptr) answer += std::to_string(button);
         }
@@ -104,20 +124,38 @@ std::string Titles() {
     std::string answer;
     for (const HWND window : VisibleWindows()) {
         const auto title = TextOf(window);
-        if (title.empty()) continue;
-        if (!answer.empty()) answer += '\t';
-        answer += (IsIconic(window) ? "_" : "") + title;
+        if (!title.empty()) Append(answer, (IsIconic(window) ? "_" : "") + title);
     }
     return answer;
 }
 
-std::string Close(const std::string& title) {
+HWND VisibleWindow(const std::string& title) {
     for (const HWND window : VisibleWindows()) {
-        if (TextOf(window) != title) continue;
-        PostMessageA(window, WM_CLOSE, 0, 0);
-        return Eventually([&] { return !IsWindow(window); }) ? "closed" : "no effect";
+        if (TextOf(window) == title) return window;
     }
-    return "no such window";
+    return nullptr;
+}
+
+std::string Close(const std::string& title) {
+    const HWND window = VisibleWindow(title);
+    if (window == nullptr) return "no such window";
+    PostMessageA(window, WM_CLOSE, 0, 0);
+    return Eventually([&] { return !IsWindow(window); }) ? "closed" : "no effect";
+}
+
+std::string Read(const std::string& title) {
+    std::string texts;
+    for (const HWND control : ControlsIn(VisibleWindow(title))) Append(texts, TextOf(control));
+    return texts.empty() ? "no such window" : texts;
+}
+
+std::string Alpha(const std::string& title) {
+    const HWND window = VisibleWindow(title);
+    BYTE alpha = 0;
+    DWORD flags = 0;
+    if (window == nullptr) return "no such window";
+    if (!GetLayeredWindowAttributes(window, nullptr, &alpha, &flags) || flags != LWA_ALPHA) return "no layer";
+    return std::to_string(alpha);
 }
 
 std::string OpenTrayMenu() {
@@ -140,28 +178,19 @@ std::string WalkTrayMenu(const std::string& keys) {
     if (!failure.empty()) return failure;
     std::size_t menus = 1;
     for (const char key : keys) {
-        PressKey(key == 'D' ? VK_DOWN : key == 'R' ? VK_RIGHT : VK_RETURN);
+        PressKey(key == 'D' ? VK_DOWN : key == 'U' ? VK_UP : key == 'R' ? VK_RIGHT : VK_RETURN);
         if (key == 'R' && !MenusOpen(++menus)) return "no sub-menu";
     }
+    if (!keys.ends_with('E')) return "open";
     return MenusOpen(0) ? "chosen" : "no effect";
 }
 
-HWND VisibleWindow(const std::string& title) {
-    for (const HWND window : VisibleWindows()) {
-        if (TextOf(window) == title) return window;
-    }
-    return nullptr;
-}
-
-// The window's child controls of the class, in the order in which they were made.
-std::vector<HWND> Controls(HWND window, const std::string& className) {
-    std::vector<HWND> controls;
-    for (HWND child = GetWindow(window, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
-        char name[64] = "";
-        GetClassNameA(child, name, sizeof name);
-        if (name == className) controls.push_back(child);
-    }
-    return controls;
+std::string PressTogether(const std::string& codes) {
+    std::vector<BYTE> keys;
+    std::istringstream numbers(codes);
+    for (int code = 0; numbers >> code;) keys.push_back(static_cast<BYTE>(code));
+    PressKeys(keys);
+    return "pressed";
 }
 
 // Takes the text up to the first tab off the front.
@@ -174,7 +203,7 @@ std::string TakeField(std::string& fields) {
 
 std::string Fill(std::string fields) {
     const HWND window = VisibleWindow(TakeField(fields));
-    const auto boxes = Controls(window, "Edit");
+    const auto boxes = ControlsIn(window, "Edit");
     const auto number = static_cast<std::size_t>(std::atoi(TakeField(fields).c_str()));
     if (number >= boxes.size()) return "no such text box";
     wchar_t wide[512] = L"";
@@ -185,7 +214,7 @@ std::string Fill(std::string fields) {
 
 std::string Select(std::string fields) {
     const HWND window = VisibleWindow(TakeField(fields));
-    const auto lists = Controls(window, "ComboBox");
+    const auto lists = ControlsIn(window, "ComboBox");
     const auto number = static_cast<std::size_t>(std::atoi(TakeField(fields).c_str()));
     if (number >= lists.size()) return "no such list";
     if (SendMessageA(lists[number], CB_SETCURSEL, static_cast<WPARAM>(std::atoi(fields.c_str())), 0) ==
@@ -199,10 +228,14 @@ std::string Select(std::string fields) {
 
 std::string Push(std::string fields) {
     const HWND window = VisibleWindow(TakeField(fields));
-    for (const HWND button : Controls(window, "Button")) {
+    for (const HWND button : ControlsIn(window, "Button")) {
         if (TextOf(button) != fields) continue;
         PostMessageA(button, BM_CLICK, 0, 0);
-        return Eventually([&] { return !IsWindowVisible(window); }) ? "closed" : "open";
+        const auto style = GetWindowLongA(button, GWL_STYLE) & BS_TYPEMASK;
+        if (style == BS_CHECKBOX || style == BS_AUTOCHECKBOX) return "checked";
+        // A window that asks something is disabled meanwhile.
+        Eventually([&] { return !IsWindowVisible(window) || !IsWindowEnabled(window); });
+        return IsWindowVisible(window) ? "open" : "closed";
     }
     return "no such button";
 }
@@ -247,8 +280,11 @@ std::string Obey(const std::string& line) {
     if (word == "press") return Press(rest);
     if (word == "windows") return Titles();
     if (word == "close") return Close(rest);
+    if (word == "read") return Read(rest);
+    if (word == "alpha") return Alpha(rest);
     if (word == "tray") return rest.size() == 1 ? ChooseInTray(rest[0]) : "no letter";
     if (word == "menu") return WalkTrayMenu(rest);
+    if (word == "keys") return PressTogether(rest);
     if (word == "fill") return Fill(rest);
     if (word == "select") return Select(rest);
     if (word == "push") return Push(rest);
@@ -261,8 +297,13 @@ std::string Obey(const std::string& line) {
 
 }  // namespace
 
-int main() {
+int main(int count, char** arguments) {
     std::string line;
+    for (int i = 1; i < count; ++i) line += (i > 1 ? " " : "") + std::string(arguments[i]);
+    if (!line.empty()) {
+        std::cout << Obey(line) << std::endl;
+        return 0;
+    }
     while (std::getline(std::cin, line)) {
         if (!line.empty() && line.back() == '\r') line.pop_back();
         std::cout << Obey(line) << std::endl;

@@ -48,12 +48,14 @@ void CALLBACK CountTick(HWND, UINT, UINT_PTR, DWORD) {
 
 }  // namespace
 
-TEST(MessageBoxOnTheDesktop, EachButtonIsItsAnswer) {
-    using os::BoxButtons, os::BoxResult;
+TEST(MessageBoxOnTheDesktop, EachButtonIsItsAnswerAndClosingTheOneThatDoesLeast) {
+    using os::BoxButtons, os::BoxIcon, os::BoxResult;
+    constexpr int kClose = 0;
     const struct {
         BoxButtons buttons;
         int press;
         BoxResult result;
+        BoxIcon icon = BoxIcon::Question;
     } cases[] = {
         {BoxButtons::Ok, IDOK, BoxResult::Ok},
         {BoxButtons::OkCancel, IDOK, BoxResult::Ok},
@@ -62,22 +64,18 @@ TEST(MessageBoxOnTheDesktop, EachButtonIsItsAnswer) {
         {BoxButtons::YesNo, IDNO, BoxResult::No},
         {BoxButtons::YesNoCancel, IDNO, BoxResult::No},
         {BoxButtons::YesNoCancel, IDCANCEL, BoxResult::Cancel},
+        {BoxButtons::Ok, kClose, BoxResult::Ok, BoxIcon::None},
+        {BoxButtons::OkCancel, kClose, BoxResult::Cancel, BoxIcon::Error},
     };
     for (const auto& test : cases) {
-        const auto result = Show(os::BoxIcon::Question, test.buttons, [&](HWND box) {
+        const auto result = Show(test.icon, test.buttons, [&](HWND box) {
+            EXPECT_TRUE(test.icon == BoxIcon::None || HasIcon(box));
             const HWND button = GetDlgItem(box, test.press);
-            EXPECT_NE(button, nullptr);
-            EXPECT_TRUE(HasIcon(box));
-            PostMessageA(button != nullptr ? button : GetDlgItem(box, IDOK), BM_CLICK, 0, 0);
+            EXPECT_EQ(button != nullptr, test.press != kClose);
+            PostMessageA(button != nullptr ? button : box, button != nullptr ? BM_CLICK : WM_CLOSE, 0, 0);
         });
         EXPECT_EQ(result, test.result) << test.press;
     }
-}
-
-TEST(MessageBoxOnTheDesktop, ClosingIsTheAnswerThatDoesLeast) {
-    const auto close = [](HWND box) { PostMessageA(box, WM_CLOSE, 0, 0); };
-    EXPECT_EQ(Show(os::BoxIcon::None, os::BoxButtons::Ok, close), os::BoxResult::Ok);
-    EXPECT_EQ(Show(os::BoxIcon::Error, os::BoxButtons::OkCancel, close), os::BoxResult::Cancel);
 }
 
 TEST(MessageBoxOnTheDesktop, EventsGoOnWhileTheBoxIsOpen) {

@@ -6,20 +6,11 @@
 #include <stdexcept>
 #include <vector>
 
-#include "os/win32/DialogMessages.h"
+#include "tests/win32/Messages.h"
 
 namespace {
 
 std::string folder;
-
-void Pump() {
-    MSG message;
-    while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
-        if (os::TakeDialogMessage(message)) continue;
-        TranslateMessage(&message);
-        DispatchMessageA(&message);
-    }
-}
 
 void WriteBitmap(const std::string& path, const BITMAPINFOHEADER& info, const std::vector<char>& pixels) {
     BITMAPFILEHEADER head = {};
@@ -47,7 +38,7 @@ void Picture(const os::Dialog& dialog, const std::string& name) {
     SetWindowPos(window, HWND_TOPMOST, 8, 8, 0, 0, SWP_NOSIZE);
     RedrawWindow(window, nullptr, nullptr,
                  RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN | RDW_UPDATENOW);
-    Pump();
+    HandleMessages();
     RECT rect;
     GetWindowRect(window, &rect);
     const int width = static_cast<int>(rect.right - rect.left);

@@ -7,22 +7,13 @@
 
 #include "os/fake/FakeDialog.h"
 #include "os/win32/DialogImpl.h"
-#include "os/win32/DialogMessages.h"
+#include "tests/win32/Messages.h"
 
 namespace os::fake {
 namespace {
 
 using Impl = DialogAccess::Impl;
 using Kind = ControlKind;
-
-void Pump() {
-    MSG message;
-    while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
-        if (TakeDialogMessage(message)) continue;
-        TranslateMessage(&message);
-        DispatchMessageA(&message);
-    }
-}
 
 HWND WindowOf(const Dialog& dialog, ControlId control) {
     return DialogAccess::Of(dialog).Window(control, [](Kind) { return true; });
@@ -46,7 +37,7 @@ void Tell(HWND control, UINT message, WORD notification) {
 void PressKey(HWND window, WPARAM key) {
     PostMessageA(window, WM_KEYDOWN, key, 1);
     PostMessageA(window, WM_KEYUP, key, static_cast<LPARAM>(0xC0000001));
-    Pump();
+    HandleMessages();
 }
 
 struct Search {
@@ -63,7 +54,7 @@ BOOL CALLBACK KeepShown(HWND window, LPARAM parameter) {
 }
 
 std::vector<HWND> ShownWindows(const std::string& caption) {
-    Pump();
+    HandleMessages();
     Search search{caption, {}};
     EnumThreadWindows(GetCurrentThreadId(), KeepShown, reinterpret_cast<LPARAM>(&search));
     return search.found;
@@ -83,14 +74,14 @@ int ShownDialogCount(const std::string& caption) {
 
 void DialogUser::Press(ControlId control) {
     PostMessageA(Reach(dialog_, control), BM_CLICK, 0, 0);
-    Pump();
+    HandleMessages();
 }
 
 void DialogUser::Type(ControlId control, const std::string& text) {
     const HWND window = Reach(dialog_, control);
     SendMessageA(window, EM_SETSEL, 0, -1);
     SendMessageA(window, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(text.c_str()));
-    Pump();
+    HandleMessages();
 }
 
 void DialogUser::Choose(ControlId control, int position) {
@@ -111,7 +102,7 @@ void DialogUser::Choose(ControlId control, int position) {
         default:
             throw std::logic_error("nothing to choose from in " + std::string(control.name));
     }
-    Pump();
+    HandleMessages();
 }
 
 void DialogUser::SelectRows(ControlId control, const std::vector<int>& rows) {
@@ -122,7 +113,7 @@ void DialogUser::SelectRows(ControlId control, const std::vector<int>& rows) {
     item.state = LVIS_SELECTED;
     for (const int row : rows)
         SendMessageA(window, LVM_SETITEMSTATE, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
-    Pump();
+    HandleMessages();
 }
 
 void DialogUser::PressEnter(ControlId control) {

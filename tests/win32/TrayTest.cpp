@@ -12,18 +12,15 @@
 #include <functional>
 #include <optional>
 
-#include "app/services/modRegistry.h"
-#include "app/shell/frmMain.h"
 #include "app/shell/modMenu.h"
 #include "base/RuntimeError.h"
 #include "base/Trap.h"
 #include "os/fake/FakeMessageBox.h"
-#include "os/fake/FakeProcesses.h"
-#include "os/fake/FakeRegistryStore.h"
 #include "os/fake/FakeShell.h"
 #include "os/fake/FakeWorld.h"
 #include "os/win32/HiddenWindow.h"
 #include "tests/win32/DesktopUser.h"
+#include "tests/win32/Messages.h"
 #include "tests/win32/UserThread.h"
 #include "ui/popupmenu/ColourSchemes.h"
 
@@ -53,15 +50,6 @@ void PostRightPress() {
     PostMessageA(TrayWindowHandle(), kTrayCallback, 0, WM_RBUTTONDOWN);
 }
 
-void HandleMessages() {
-    MsgWaitForMultipleObjects(0, nullptr, FALSE, 10, QS_ALLINPUT);
-    MSG message;
-    while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
-        TranslateMessage(&message);
-        DispatchMessageA(&message);
-    }
-}
-
 // Runs the user's steps while messages are handled here. No menu may be left open.
 void Use(const std::function<void()>& steps) {
     std::atomic<bool> done = false;
@@ -73,7 +61,8 @@ void Use(const std::function<void()>& steps) {
         }
         done = true;
     });
-    while (!done) HandleMessages();
+    while (!HandleMessagesUntil([&] { return done.load(); })) {
+    }
     HandleMessages();
 }
 
@@ -111,13 +100,6 @@ class RealTray : public testing::Test {
         modMenu::DoMenuCommand(key);
     }
 
-    static bool HandleMessagesUntil(const std::function<bool()>& done) {
-        return Eventually([&] {
-            HandleMessages();
-            return done();
-        });
-    }
-
     // Moves the mouse over the icon until it is noticed: the taskbar draws the icon when it gets to it.
     bool HoverOverIcon() const {
         const auto place = IconPlace();
@@ -151,22 +133,16 @@ class RealTray : public testing::Test {
 
 }  // namespace
 
-TEST_F(RealTray, EveryEntryIsReachedByTheKeyboard) {
+TEST_F(RealTray, EntriesOfMenuAndSubMenusAreReachedByTheKeyboard) {
     const struct {
         const char* key;
         const wchar_t* entry;
         const wchar_t* subMenuOf;
     } cases[] = {
         {"snreplace", L"Screenname Replacer...", nullptr},
-        {"editprofile", L"Edit Profile...", nullptr},
-        {"setaway", L"Set Away...", L"Away Message"},
         {"setback", L"Back", L"Away Message"},
-        {"setidle", L"Set Idle...", L"Idle Control"},
         {"noidle", L"Remove Idle", L"Idle Control"},
         {"settings", L"Settings...", nullptr},
-        {"news", L"Wrenlow Homepage", L"Links..."},
-        {"forum", L"Wrenlow Forum", L"Links..."},
-        {"about", L"About Wrenlow...", nullptr},
         {"close", L"Close", nullptr},
     };
     for (const auto& test : cases) {
@@ -186,16 +162,7 @@ TEST_F(RealTray, EveryEntryIsReachedByTheKeyboard) {
     }
 }
 
-TEST_F(RealTray, ALetterChoosesTheOnlyEntryThatBeginsWithIt) {
-    PostRightPress();
-    Use([] {
-        ASSERT_TRUE(MenusOpen(1));
-        PressKey('E');
-    });
-    EXPECT_EQ(chosen_, "editprofile");
-}
-
-TEST_F(RealTray, AChoiceThatFailsIsReportedAndTheMenuOpensAgain) {
+TEST_F(RealTray, ALetterChoosesAndAChoiceThatFailsIsReportedAndTheMenuOpensAgain) {
     static int reports;
     reports = 0;
     const auto before = SetErrorReporter(
@@ -207,6 +174,7 @@ TEST_F(RealTray, AChoiceThatFailsIsReportedAndTheMenuOpensAgain) {
             ASSERT_TRUE(MenusOpen(1));
             PressKey('E');
         });
+        EXPECT_EQ(chosen_, "editprofile");  // the only entry that begins with it
         EXPECT_EQ(reports, time);
     }
     SetErrorReporter(before);
@@ -221,7 +189,7 @@ TEST_F(RealTray, EscAndAClickElsewhereRaiseNothing) {
     PostRightPress();
     Use([] {
         ASSERT_TRUE(MenusOpen(1));
-        ClickAt(30, 300, MOUSEEVENTF_LEFTDOWN, MOUSEEVENTF_LEFTUP);
+        ClickAt(30, 300);
     });
     EXPECT_EQ(presses_, 2);
     EXPECT_EQ(chosen_, "");
@@ -231,7 +199,7 @@ TEST_F(RealTray, ARightClickOnTheIconOpensTheMenuAtTheCursorOnce) {
     const auto place = IconPlace();
     Use([&] {
         ASSERT_TRUE(HoverOverIcon());
-        ClickAt(place.x, place.y, MOUSEEVENTF_RIGHTDOWN, MOUSEEVENTF_RIGHTUP);
+        ClickAt(place.x, place.y, MOUSEEVENTF_RIGHTDOWN | MOUSEEVENTF_RIGHTUP);
         ASSERT_TRUE(MenusOpen(1));
         RECT menu{};
         GetWindowRect(OpenMenus().front(), &menu);
@@ -246,7 +214,7 @@ TEST_F(RealTray, ARightClickOnTheIconOpensTheMenuAtTheCursorOnce) {
         EXPECT_EQ(OpenMenus().size(), 1u);
 
         // The entry at the bottom.
-        ClickAt(menu.left + 40, menu.bottom - 12, MOUSEEVENTF_LEFTDOWN, MOUSEEVENTF_LEFTUP);
+        ClickAt(menu.left + 40, menu.bottom - 12);
     });
     EXPECT_EQ(chosen_, "close");
 }
@@ -258,16 +226,12 @@ TEST_F(RealTray, TheIconHasItsTooltip) {
     });
 }
 
-TEST_F(RealTray, TheTaskbarsAnnouncementBringsTheIconBack) {
+TEST_F(RealTray, TheTaskbarsAnnouncementBringsTheIconBackAndUnloadingRemovesIt) {
     EXPECT_TRUE(IconIsThere());
     ASSERT_TRUE(Notify(NIM_DELETE));  // what a new taskbar knows: nothing
     ASSERT_FALSE(IconIsThere());
     PostMessageA(HWND_BROADCAST, RegisterWindowMessageA("TaskbarCreated"), 0, 0);
     EXPECT_TRUE(HandleMessagesUntil([&] { return IconIsThere(); }));
-}
-
-TEST_F(RealTray, UnloadingRemovesTheIcon) {
-    ASSERT_TRUE(IconIsThere());
     host_->Form_QueryUnload();
     EXPECT_FALSE(IconIsThere());
 }
@@ -310,46 +274,4 @@ TEST_F(RealTray, ASchemeColoursTheWholeMenu) {
         ReleaseDC(nullptr, screen);
         PressKey(VK_ESCAPE);
     });
-}
-
-// The main form on its real window, the rest of the program on the fakes.
-class RealProgram : public testing::Test {
- protected:
-    RealProgram() {
-        os::fake::ResetWorld();
-        os::fake::ResetRegistry();
-        os::fake::ResetProcesses();
-        modRegistry::WriteSetting("checkupdate", "0");
-        form_.emplace();
-        form_->Form_Load();
-        SetCursorPos(100, 100);
-    }
-
-    std::optional<frmMain> form_;
-};
-
-TEST_F(RealProgram, CloseInTheMenuEndsItAndItsIcon) {
-    ASSERT_NE(TrayWindowHandle(), nullptr);
-    PostRightPress();
-    Use([] {
-        ASSERT_TRUE(MenusOpen(1));
-        ASSERT_TRUE(GoDownTo(L"Close"));
-        PressKey(VK_RETURN);
-    });
-    EXPECT_TRUE(form_->IsUnloaded());
-    EXPECT_EQ(TrayWindowHandle(), nullptr);
-}
-
-TEST_F(RealProgram, TheEndOfTheSessionClosesItBehindAnOpenMenu) {
-    const HWND mainWindow = reinterpret_cast<HWND>(form_->hWnd());
-    PostRightPress();
-    Use([&] {
-        ASSERT_TRUE(MenusOpen(1));
-        EXPECT_TRUE(SendMessageA(mainWindow, WM_QUERYENDSESSION, 0, 0));
-        EXPECT_FALSE(form_->IsUnloaded());
-        SendMessageA(mainWindow, WM_ENDSESSION, TRUE, 0);
-        PressKey(VK_ESCAPE);
-    });
-    EXPECT_TRUE(form_->IsUnloaded());
-    EXPECT_EQ(TrayWindowHandle(), nullptr);
 }

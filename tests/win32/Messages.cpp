@@ -1,0 +1,25 @@
+#include "tests/win32/Messages.h"
+
+#include <windows.h>
+
+#include "os/win32/DialogMessages.h"
+
+void HandleMessages() {
+    MSG message;
+    while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
+        if (os::TakeDialogMessage(message)) continue;
+        TranslateMessage(&message);
+        DispatchMessageA(&message);
+    }
+}
+
+bool HandleMessagesUntil(const std::function<bool()>& answer) {
+    constexpr DWORD kPatienceMs = 10'000;
+    const DWORD begin = GetTickCount();
+    while (!answer()) {
+        if (GetTickCount() - begin >= kPatienceMs) return false;
+        MsgWaitForMultipleObjects(0, nullptr, FALSE, 10, QS_ALLINPUT);
+        HandleMessages();
+    }
+    return true;
+}
