@@ -10,7 +10,7 @@
 
 #include "os/EventLoop.h"
 #include "os/Tcp.h"
-#include "tests/contract/RawPeer.h"
+#include "tests/contract/Implementation.h"
 
 inline constexpr std::int64_t kBoundMs = 20'000;  // for conditions that must come true
 

@@ -1,5 +1,6 @@
-// RawPeer: a client that does what os::TcpSocket never does, such as aborting the connection, and that needs
-// no loop. One implementation for each network that the contract runs on.
+// What the suites need from the implementation that they run on, each in a source of its own: a fresh world,
+// an empty registry, and RawPeer, a client that does what os::TcpSocket never does, such as aborting the
+// connection, and that needs no loop.
 #pragma once
 
 #include <cstddef>
@@ -7,6 +8,16 @@
 #include <memory>
 #include <string>
 #include <string_view>
+
+// Before each test: a fresh world where the implementation has one.
+void PrepareContract();
+
+// Every key of the registry's suite lies below this one.
+inline constexpr char kContractKey[] = "software\\Wrenlow contract test";
+
+// Before each test: no value below kContractKey. After it: the same again.
+void BeginRegistryTest();
+void EndRegistryTest();
 
 class RawPeer {
  public:
@@ -21,10 +32,7 @@ class RawPeer {
     std::string Receive(std::size_t count);
 
  private:
-    friend class RawListener;
     struct Impl;
-    explicit RawPeer(std::unique_ptr<Impl> accepted);
-
     std::unique_ptr<Impl> impl_;
 };
 
@@ -33,6 +41,3 @@ bool CanAbort();
 
 // Whether a socket that is not being read is told of a reset. Windows tells only who reads or sends.
 extern const bool kTellsResetWithoutReading;
-
-// Before each test: a fresh world where the implementation has one.
-void PrepareContract();

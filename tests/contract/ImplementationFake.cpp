@@ -1,7 +1,18 @@
-#include "os/EventLoop.h"
 #include "os/fake/FakeNetwork.h"
+#include "os/fake/FakeRegistryStore.h"
 #include "os/fake/FakeWorld.h"
-#include "tests/contract/RawPeer.h"
+#include "tests/contract/Implementation.h"
+
+void PrepareContract() {
+    os::fake::ResetWorld();
+}
+
+void BeginRegistryTest() {
+    os::fake::ResetRegistry();
+}
+void EndRegistryTest() {
+    os::fake::ResetRegistry();
+}
 
 struct RawPeer::Impl {
     os::fake::Peer& peer;
@@ -31,7 +42,3 @@ bool CanAbort() {
 }
 
 const bool kTellsResetWithoutReading = true;
-
-void PrepareContract() {
-    os::fake::ResetWorld();
-}

@@ -1,15 +1,36 @@
 #include <netinet/in.h>
+#include <stdlib.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <unistd.h>
 
 #include <stdexcept>
 
-#include "tests/contract/RawPeer.h"
+#include "os/SettingsFile.h"
+#include "tests/contract/Implementation.h"
+
+namespace {
+std::string folder;  // of the settings file
+}
+
+void PrepareContract() {}
+
+void BeginRegistryTest() {
+    char pattern[] = "/tmp/wrenlow-settings-XXXXXX";
+    folder = mkdtemp(pattern);
+    os::SetSettingsFile(folder + "/new/settings", "software\\Wrenlow\\");
+}
+
+void EndRegistryTest() {
+    unlink((folder + "/new/settings").c_str());
+    rmdir((folder + "/new").c_str());
+    rmdir(folder.c_str());
+    os::SetSettingsFile("", "");
+}
 
 struct RawPeer::Impl {
+    ~Impl() { ::close(descriptor); }
     int descriptor;
-    bool open = true;
 };
 
 RawPeer::RawPeer(std::uint16_t port) : impl_(new Impl{::socket(AF_INET, SOCK_STREAM, 0)}) {
@@ -23,9 +44,7 @@ RawPeer::RawPeer(std::uint16_t port) : impl_(new Impl{::socket(AF_INET, SOCK_STR
     ::setsockopt(impl_->descriptor, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
 }
 
-RawPeer::~RawPeer() {
-    if (impl_->open) ::close(impl_->descriptor);
-}
+RawPeer::~RawPeer() = default;
 
 void RawPeer::Send(std::string_view bytes) {
     if (::send(impl_->descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL) < 0)
@@ -39,8 +58,7 @@ void RawPeer::EndDirection() {
 void RawPeer::Abort() {
     const linger reset{1, 0};
     ::setsockopt(impl_->descriptor, SOL_SOCKET, SO_LINGER, &reset, sizeof reset);
-    ::close(impl_->descriptor);
-    impl_->open = false;
+    impl_.reset();
 }
 
 std::string RawPeer::Receive(std::size_t count) {
@@ -55,5 +73,3 @@ bool CanAbort() {
 }
 
 const bool kTellsResetWithoutReading = true;
-
-void PrepareContract() {}
