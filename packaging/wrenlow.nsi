@@ -41,7 +41,7 @@ Var outcome ; what the uninstaller tells in the end
 
 !define MUI_ICON "${ROOT}/app/shell/icons/wren.ico"
 !define MUI_UNICON "${ROOT}/app/shell/icons/wren.ico"
-!define MUI_WELCOMEFINISHPAGE_BITMAP "${NSISDIR}/Contrib/Graphics/Wizard/nsis3-grey.bmp"
+!define MUI_WELCOMEFINISHPAGE_BITMAP "${ROOT}/app/shell/icons/side.bmp"
 !define MUI_FINISHPAGE_RUN "$INSTDIR\wrenlow.exe"
 !define MUI_FINISHPAGE_RUN_TEXT "Start Wrenlow"
 !define MUI_FINISHPAGE_SHOWREADME "$INSTDIR\manual\index.html"
