@@ -15,10 +15,18 @@ class RelaySettings:
     """Of wrenlow-relay, in a file; running programs take a new value at once."""
 
     def __init__(self, path, file):
+        self._file = Path(file)
         self._command = [os.path.abspath(path), "--settings", file]
 
     def set(self, name, value):
         subprocess.run([*self._command, "set", name, value], timeout=PATIENCE, check=True)
+
+    def spoil(self):
+        """Values and lines that are none."""
+        self._file.write_bytes(b"logims\n=1\nlogims = \0\xff\nlogims = " + b"1" * 5000 + b"\nseehtml\0=1\n" + bytes(range(256)))
+
+    def mend(self):
+        self._file.unlink()
 
     def path(self, path):
         """A path of this system as the program knows it."""
@@ -30,7 +38,20 @@ class ExeSettings:
     KEY = r"HKCU\Software\Wrenlow"
 
     def set(self, name, value):
-        subprocess.run(["wine", "reg", "add", self.KEY, "/v", name, "/d", value, "/f"], stdout=subprocess.DEVNULL,
+        self._reg("add", "/v", name, "/d", value)
+
+    def spoil(self):
+        """Values of wrong types and sizes."""
+        for name, kind, data in (("logims", "REG_BINARY", "31ff00"), ("seehtml", "REG_MULTI_SZ", "1"),
+                                 ("logwhere", "REG_SZ", "x" * 2000), ("logfolder", "REG_DWORD", "0xffffffff")):
+            self._reg("add", "/v", name, "/t", kind, "/d", data)
+
+    def mend(self):
+        for name in ("logims", "seehtml", "logwhere", "logfolder"):
+            self._reg("delete", "/v", name)
+
+    def _reg(self, verb, *arguments):
+        subprocess.run(["wine", "reg", verb, self.KEY, *arguments, "/f"], stdout=subprocess.DEVNULL,
                        stderr=subprocess.DEVNULL, timeout=PATIENCE, check=True)
 
     def path(self, path):

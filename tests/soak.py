@@ -1,9 +1,10 @@
-"""python3 -m tests.soak RELAY [--seconds N]: mixed sessions on wrenlow-relay for as long as wanted.
+"""python3 -m tests.soak relay|exe PATH [--seconds N]: mixed sessions on a program for as long as wanted.
 
-Round after round, users sign on with aliases and logs, talk, are given away messages, idle times and profiles by
-commands, and sign off or break off; strangers send garbage. Two bystanders talk all the time. In the end memory, open
-files and threads are what they were after the first rounds, nobody has seen a broken frame, no error was reported, and
-every message of the bystanders stands in the log. Not for a program under a sanitizer, whose memory tells nothing.
+Round after round, users sign on with aliases and logs, talk, are given away messages, idle times and profiles by commands
+or dialogs, and sign off or break off; strangers send garbage. Two bystanders talk all the time. In the end memory, threads
+and whatever else is held are what they were after the first rounds, nobody has seen a broken frame, no error was
+reported, and every message of the bystanders stands in the log. Not for a program under a sanitizer, whose memory tells
+nothing. wrenlow.exe needs a desk: tools/in-wine DIRECTORY python3 -m tests.soak exe PATH.
 """
 import argparse
 import asyncio
@@ -15,39 +16,39 @@ import tempfile
 import time
 
 from sandbox.client import Client, socks4_request
+from sandbox.program import write_aliases
+from sandbox.record import within
 from sandbox.service import Service
-from tests.e2e.measure import held_by
-from tests.e2e.target import Program, free_port, wait_until
+from tests.e2e.measure import sockets
+from tests.e2e.target import free_port, wait_until
+from tests.soak_programs import PROGRAMS
 
 WARM_UP = 0.25             # of the time: caches, logs and tables reach their size
 USERS = 6
+LINES = 4                  # connections of one session: authorisation, BOS, two services
 CONNECTION_COST = 0.5      # KiB that a closed connection may leave in the table (its slot and two names)
 MEMORY_TOLERANCE = 1_500   # KiB; heaps breathe
+SETTINGS = {"logims": "1", "logfolder": "1", "seehtml": "1"}
 ALIASES = b"".join(b"bud%d\r\nBuddy %d\r\n" % (number, number) for number in range(USERS))
 
 
 class Soak:
-    def __init__(self, path, seconds, seed):
-        self.seconds, self.random = seconds, random.Random(seed)
+    def __init__(self, program, seconds, seed):
+        self.program, self.seconds, self.random = program, seconds, random.Random(seed)
         self.messages = self.sessions = self.strangers = 0
         self.longest = 0.0
         self.folder = tempfile.TemporaryDirectory()
-        with open(f"{self.folder.name}/repl.dat", "wb") as file:
-            file.write(ALIASES)
-        port = free_port()
-        data = self.folder.name
-        self.program = Program([path, "--data", data, "--settings", f"{data}/settings", "--set", "logims=1", "--set",
-                                "logfolder=1", "--set", "seehtml=1", "--listen-port", str(port)], port)
 
     async def run(self):
-        self.program.wait_until_listening()
         self.service = Service()
         await self.service.start()
         try:
+            write_aliases(self.program.data, ALIASES)
+            await self.program.start(SETTINGS | {"logwhere": self.program.path(self.folder.name)})
             await self._run_rounds()
         finally:
             await self.service.stop()
-            self.program.kill()
+            await self.program.close(SETTINGS)
             self.folder.cleanup()
 
     async def _run_rounds(self):
@@ -55,11 +56,11 @@ class Soak:
         await self._begin_bystanders()
         talking = asyncio.create_task(self._talk())
         begin, warm, rounds = time.monotonic(), None, 0
-        while rounds < 3 or time.monotonic() - begin < self.seconds:
+        while rounds < self.program.FIRST_ROUNDS + 2 or time.monotonic() - begin < self.seconds:
             await self._round()
             rounds += 1
             held = await self._quiet()
-            if not warm and rounds > 1 and time.monotonic() - begin >= self.seconds * WARM_UP:
+            if not warm and rounds > self.program.FIRST_ROUNDS and time.monotonic() - begin >= self.seconds * WARM_UP:
                 warm, warm_connections = held, self._connections()
         print(f"{rounds} rounds, {self.sessions} sessions, {self._connections()} connections, {self.strangers} strangers, "
               f"{self.messages} messages of the bystanders, the longest took {self.longest * 1000:.0f} ms")
@@ -67,16 +68,16 @@ class Soak:
         self._stop = True
         await talking
         await self._end_bystanders()
-        self._judge(warm, held, self._connections() - warm_connections)
+        await self._judge(warm, held, self._connections() - warm_connections)
 
     def _connections(self):
-        return self.program.output().count(" opened to ") + self.strangers
+        return LINES * self.sessions + self.strangers
 
     async def _round(self):
         async with asyncio.TaskGroup() as group:
             for number in range(USERS):
                 group.create_task(self._session(number))
-            group.create_task(self._commands())
+            group.create_task(self.program.command(self.random))
             for _ in range(10):
                 group.create_task(self._stranger())
 
@@ -104,26 +105,19 @@ class Soak:
             expect(not client.faults, f"user{number}: {client.faults}")
         self.sessions += 1
 
-    async def _commands(self):
-        for _ in range(5):
-            await asyncio.sleep(0.05)
-            self.program.say(self.random.choice(("away (all) gone <i>fishing</i>", "back (all)", "idle bystanderada 5",
-                                                 "profile bystandertom " + "p" * 900, "names", "away nobody x", "what?")))
-
     async def _stranger(self):
         """Somebody who wants no relay. Never eight bytes: these would be an address to connect to."""
         self.strangers += 1
-        reader, writer = await asyncio.open_connection(*self.program.address)
+        reader, writer = await within(asyncio.open_connection(*self.program.address), "a connection to the program")
         request = self.random.choice((b"", b"\x04", b"GET /", b"\x16\x03\x01", b"\x04\x01" + b"\0\0\0\0\0\1" + b"x" * 600,
                                       socks4_request("127.0.0.1", free_port())))
         writer.write(request)
-        await writer.drain()
         if self.random.random() < 0.5:
             writer.transport.abort()
             return
         writer.write_eof()
         try:
-            await asyncio.wait_for(reader.read(), 20)
+            await within(reader.read(), "the end of a stranger's connection")
         except ConnectionError:
             pass
         writer.close()
@@ -133,13 +127,16 @@ class Soak:
         faults = [event.text for event in self.service.faults if "broken" not in event.text]
         expect(not faults, f"the service saw {faults}")
         self.service.events.items.clear()
-        files = 2 * self.lines + self._idle_files
-        await asyncio.to_thread(wait_until, lambda: held_by(self.program.pid).files <= files, "connections stay open")
-        expect(self.program.alive(), "the program has ended:\n" + self.program.output()[-2000:])
-        return held_by(self.program.pid)
+        await asyncio.to_thread(wait_until, lambda: self._open() <= 2 * self.lines, "connections stay open")
+        await self.program.check()
+        return await self.program.held()
+
+    def _open(self):
+        """How many sockets the program has for connections, from clients and to the service."""
+        return sum(end.inode and end.peer_port and (end.port == self.program.address[1] or end.peer_port == self.service.port)
+                   for end in sockets())
 
     async def _begin_bystanders(self):
-        self._idle_files = held_by(self.program.pid).files
         self.ada, self.tom = self._client("Bystander Ada"), self._client("Bystander Tom")
         await self.ada.sign_on()
         await self.tom.sign_on()
@@ -164,15 +161,14 @@ class Soak:
     def _client(self, name, **options):
         return Client(name, (self.service.host, self.service.port), **{"via": self.program.address, **options})
 
-    def _judge(self, warm, held, connections):
-        expect(held.files <= warm.files, "more files are open")
-        expect(held.threads <= warm.threads, "there are more threads")
-        expect(held.memory - warm.memory <= MEMORY_TOLERANCE + connections * CONNECTION_COST, "memory has grown")
-        errors = [line for line in self.program.output().splitlines() if line.startswith("error ")]
-        expect(not errors, "errors were reported:\n" + "\n".join(errors[:5]))
+    async def _judge(self, warm, held, connections):
+        for what, count in held.items():
+            tolerance = MEMORY_TOLERANCE + connections * CONNECTION_COST if what == "KiB" else 0
+            expect(count <= warm[what] + tolerance, f"{what}: {count}, after the warm-up {warm[what]}")
+        await self.program.check()
         # Each message is logged when it goes out and when it comes in.
         logged = 0
-        for path in glob.glob(f"{self.folder.name}/logs/*ystander*om*/*") + glob.glob(f"{self.folder.name}/logs/*ystander*da*/*"):
+        for path in glob.glob(f"{self.folder.name}/*ystander*om*/*") + glob.glob(f"{self.folder.name}/*ystander*da*/*"):
             with open(path, "rb") as file:
                 logged += file.read().count(b"undisturbed ")
         expect(logged == 2 * self.messages, f"{logged} lines in the log instead of {2 * self.messages}")
@@ -191,12 +187,18 @@ async def expect_heard(listener, speaker, text):
 def main():
     parser = argparse.ArgumentParser(prog="python3 -m tests.soak", description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("relay")
+    parser.add_argument("target", choices=PROGRAMS)
+    parser.add_argument("path")
     parser.add_argument("--seconds", type=float, default=30)
     parser.add_argument("--seed", type=int, default=2017)
     arguments = parser.parse_args()
     logging.getLogger("asyncio").setLevel(logging.CRITICAL)
-    asyncio.run(Soak(arguments.relay, arguments.seconds, arguments.seed).run())
+    program = PROGRAMS[arguments.target](arguments.path)
+    try:
+        asyncio.run(Soak(program, arguments.seconds, arguments.seed).run())
+    except BaseException:
+        print(program.state)
+        raise
     print("flat, whole and undisturbed")
 
 

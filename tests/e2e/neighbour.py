@@ -53,7 +53,10 @@ def main():
         program = Program([sys.argv[1], "--data", data, "--settings", data + "/settings", "--listen-port", str(PORT)], PORT)
         try:
             program.wait_until_listening()
-            return 0 if all([*reach(program), *garbage(program)]) else 1
+            program.accompany()
+            held = all([*reach(program), *garbage(program)])
+            program.release_bystander()
+            return 0 if held else 1
         finally:
             program.kill()
 

@@ -13,8 +13,9 @@ IM_HEAD = b"cookie..\0\1" + pack_name("tomsample")
 NO_INFO = b"\0\0\0\0"  # warning level, count of TLVs
 CUT_TLV = b"\0\2\0"
 
-# What is wrong, the SNAC, its data and the reports that this costs.
+# What is wrong, the SNAC (if it is one), its data and the reports that this costs.
 FROM_CLIENT = [
+    ("a SNAC that ends in its header", None, b"\0\4\0\6\0", 0),
     ("a sign-on without data", (0x17, 2), b"", 1),
     ("an IM without data", (4, 6), b"", 1),
     ("an IM with a cut-off name", (4, 6), IM_HEAD[:-1], 1),
@@ -23,10 +24,13 @@ FROM_CLIENT = [
     ("an IM with a cut-off text", (4, 6), IM_HEAD + tlv(2, pack_message("long text")[:-6]), 0),
 ]
 FROM_SERVER = [
+    ("a SNAC that ends in its header", None, b"\0\4\0\7\0", 0),
     ("a self-information without data", (1, 0xF), b"", 1),
     ("an IM with a cut-off sender", (4, 7), IM_HEAD + b"\0", 1),
     ("an IM that counts too many TLVs", (4, 7), IM_HEAD + b"\0\0\xff\xff" + tlv(1), 1),
     ("an IM with a damaged message", (4, 7), IM_HEAD + NO_INFO + tlv(2, b"\5"), 0),
+    *((f"an IM from {name!r}", (4, 7), IM_HEAD[:10] + pack_name(name) + NO_INFO + tlv(2, pack_message("hi")), 0)
+      for name in ("../../up", "..\\..\\up", "C:\\up", "con", "..")),
     ("a user-information reply without data", (2, 6), b"", 1),
     ("a user-information reply with a cut-off name", (2, 6), b"\x10tomsample", 1),
     ("a user-information reply with a cut-off TLV", (2, 6), pack_name("tomsample") + NO_INFO + CUT_TLV, 1),
@@ -39,7 +43,7 @@ class Malformed(FeatureTest):
         """Sends each case and a whole message behind it; both must arrive as they are."""
         for number, (what, kind, data, reports) in enumerate(cases):
             with self.subTest(what=what):
-                data = frame(DATA, number, snac(*kind, data))
+                data = frame(DATA, number, snac(*kind, data) if kind else data)
                 source.write(data)
                 received = await within(sink.readexactly(len(data)))
                 self.assertEqual(received[:2] + received[4:], data[:2] + data[4:])  # but for the number
@@ -50,11 +54,16 @@ class Malformed(FeatureTest):
         (_, client), (server, _) = await self.pair()
         await self.send_all(FROM_CLIENT, client, server)
 
-    async def test_frames_from_the_server_pass_unchanged(self):
-        self.log_to()
+    async def test_frames_from_the_server_pass_unchanged_and_name_no_path(self):
+        outside = self.folder()
+        os.makedirs(outside + "/in/side")
+        self.log_to(outside + "/in/side", logfolder="1")
         self.settings(seehtml="1")
         (client, _), (_, server) = await self.pair()
         await self.send_all(FROM_SERVER, server, client)
+        found = [os.path.relpath(path, outside) for path, folders, _ in os.walk(outside) if not folders]
+        self.assertGreaterEqual(len(found), 4)  # a folder for each of the names
+        self.assertTrue(all(path.startswith("in/side/") for path in found), found)
 
     async def test_nothing_is_reported_of_messages_that_nobody_logs(self):
         (_, client), (server, _) = await self.pair()
@@ -133,6 +142,17 @@ class LogFolders(FeatureTest):
         async def lock():
             await hand.do("lock " + support.target.settings.path(str(next(Path(folder).iterdir()))), "locked")
         await self.survives(folder, lock, lambda: hand.do("unlock", "unlocked"))
+
+
+class Settings(FeatureTest):
+    async def test_values_that_are_none_count_as_nothing(self):
+        ada = self.client("Ada Sample")
+        await ada.sign_on()
+        support.target.settings.spoil()
+        self.addCleanup(support.target.settings.mend)
+        await ada.say("Ada Sample", "unspoilt")
+        self.assertEqual(await ada.hear(), ("Ada Sample", "unspoilt"))
+        self.expect_reports(0)
 
 
 async def nothing():

@@ -26,6 +26,10 @@ class Machine(BoundedTest):
         await self.service.start()
         self.addAsyncCleanup(self.service.stop)
 
+    async def asyncTearDown(self):
+        if self.program and self.program.bystander:
+            await asyncio.to_thread(support.Bystanders.ask, self.program.bystander, self)
+
     def start(self, **options):
         self.program = support.start(**options)
         self.addCleanup(self.program.kill)
@@ -43,7 +47,7 @@ class Machine(BoundedTest):
         for client in (ada, tom):
             await client.sign_off()
             self.assertEqual(client.faults, [])
-        await asyncio.to_thread(support.Bystanders.ask, program.bystander, self)
+        self.assertTrue(program.alive())
 
     async def test_output_that_nobody_reads_and_then_nobody_can(self):
         reading, writing = os.pipe()
