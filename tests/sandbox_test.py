@@ -6,6 +6,7 @@ import unittest
 from sandbox.client import Client
 from sandbox.service import Service
 from sandbox.wire import DATA, HELLO, SIGN_ON, FrameStream, WireFault
+from tests.report import BoundedTest
 
 
 def frame(seq, channel=DATA, payload=b"x", marker=0x2A):
@@ -24,7 +25,7 @@ FAULTY = {
 }
 
 
-class Sandbox(unittest.IsolatedAsyncioTestCase):
+class Sandbox(BoundedTest):
     async def test_notices_what_is_wrong_with_a_stream(self):
         for what, data in FAULTY.items():
             with self.subTest(what=what):

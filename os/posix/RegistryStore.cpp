@@ -18,7 +18,7 @@ namespace {
 using posix::FileDescriptor;
 
 // Larger files are not ours: they are not read, and never written over.
-constexpr std::size_t kLargestFile = 1024 * 1024;
+constexpr std::size_t kLargestFile = 1 << 20;
 
 using Place = std::pair<std::string, std::string>;  // key and name, both folded
 using Values = std::map<Place, RegistryValue>;
