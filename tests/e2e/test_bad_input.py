@@ -4,10 +4,10 @@ import socket
 import struct
 
 from sandbox.client import socks4_request
-from sandbox.wire import HELLO, SIGN_ON
+from sandbox.wire import DATA, HELLO, SIGN_ON
 from tests.e2e import support
 from tests.e2e.measure import KEEP_ALIVE, sockets
-from tests.e2e.support import RelayTest, within
+from tests.e2e.support import RelayTest, frame, within
 from tests.e2e.target import free_port, wait_until
 
 HEADER_OF_A_LONG_FRAME = b"\x2A\x02\x00\x02\x10\x00"
@@ -90,6 +90,17 @@ class BadInput(RelayTest):
             own = next(socket for socket in sockets() if (socket.port, socket.peer_port) == (there, here))
             return own.when if own.timer == KEEP_ALIVE else float("inf")
         await asyncio.to_thread(wait_until, lambda: next_probe() <= 60, "no probe of the connection is due in a minute")
+
+    async def test_half_closed_connections_end_whole_from_either_side(self):
+        for first in ("client", "server"):
+            with self.subTest(first=first):
+                client, server = await self.pair()
+                leaver, stayer, number = (client, server, 2) if first == "client" else (server, client, 101)
+                last = frame(DATA, number, b"words")
+                leaver[1].write(last)
+                leaver[1].write_eof()
+                self.assertEqual(await within(stayer[0].read()), last)
+                self.assertEqual(await within(leaver[0].read()), b"")
 
     async def test_frames_that_are_none(self):
         port, next_arrival = await self.bare_server()
