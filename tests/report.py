@@ -36,13 +36,13 @@ class BoundedTest(unittest.IsolatedAsyncioTestCase):
 
 class Result(unittest.TextTestResult):
     """Tells of the program while it still is as the failed test has left it. A test that does not end for all its
-    bounds, or the end of the whole run from outside (SIGTERM), is a failure and stops the run with a report."""
+    bounds, or the end of the whole run from outside (SIGTERM, Ctrl-C), is a failure and stops the run with a report."""
 
     def __init__(self, *arguments):
         super().__init__(*arguments)
         self.at_the_end = lambda: None
         self._test, self._failed = None, False
-        for number in (signal.SIGALRM, signal.SIGTERM):
+        for number in (signal.SIGALRM, signal.SIGTERM, signal.SIGINT):
             signal.signal(number, self._give_up)
 
     def startTest(self, test):

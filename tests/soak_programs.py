@@ -25,6 +25,12 @@ class Soaked:
             self._target.settings.set(name, value)
         self._program = self._target.start()
         self._program.wait_until_listening()
+        self._program.accompany()
+
+    async def ask_bystander(self):
+        """How many messages it has told of, and how many seconds one took at most."""
+        longest = await asyncio.to_thread(self._program.bystander.how_it_goes)
+        return self._program.bystander.told, longest
 
     async def check(self):
         """It runs and has reported nothing."""

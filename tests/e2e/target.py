@@ -120,7 +120,8 @@ class Bystander:
 
     def __init__(self, port):
         command = [sys.executable, "-m", "tests.e2e.bystander", str(port)]
-        self._process = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        # Ctrl-C is not for it: it ends with its standard input.
+        self._process = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, start_new_session=True)
         self.told = 0
         self.how_it_goes()
 
