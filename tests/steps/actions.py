@@ -31,7 +31,7 @@ def stop_all():
         os.killpg(process.pid, signal.SIGTERM)
 
 
-def run(log, command):
+def run(log, command, longest=LONGEST):
     """Runs a command, bounded, its output in the log; gives its exit status."""
     log.write(f"$ {textwrap.shorten(' '.join(map(str, command)), 300)}\n")
     log.flush()
@@ -39,10 +39,10 @@ def run(log, command):
                                start_new_session=True)
     _running.add(process)
     try:
-        return process.wait(LONGEST)
+        return process.wait(longest)
     except subprocess.TimeoutExpired:
         stop(process)
-        log.write(f"\nstopped after {LONGEST} s\n")
+        log.write(f"\nstopped after {longest} s\n")
         return 1
     finally:
         _running.discard(process)
@@ -124,10 +124,10 @@ def read_google_report(report, name):
     return result
 
 
-def check(name, *command):
+def check(name, *command, longest=LONGEST):
     """A program that is one test by itself."""
     def action(log):
-        return Result.of(name, run(log, command) == 0)
+        return Result.of(name, run(log, command, longest) == 0)
     return action
 
 

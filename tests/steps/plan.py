@@ -72,8 +72,8 @@ STEPS = [
          check("the setup program", *WITH_PORT, *IN_WINE, sys.executable, "-m", "tests.packaging.setup_test"),
          ["build-win64"]),
 
-    Step("rebuild", "tools/release in two places gives the same bytes", check("rebuilding", "tests/packaging/rebuild"),
-         on_request=True),
+    Step("rebuild", "tools/release in two places gives the same bytes",
+         check("rebuilding", "tests/packaging/rebuild", longest=4 * actions.LONGEST), on_request=True),
     builder("build-debug", "Build: native, debug", build("debug"), on_request=True),
     Step("cppcheck", "cppcheck", actions.cppcheck, on_request=True),
     Step("tidy", "clang-tidy", actions.tidy, ["build-debug"], on_request=True),
