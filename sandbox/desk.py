@@ -10,13 +10,14 @@ import time
 from dataclasses import dataclass
 from pathlib import Path
 
-from .program import PATIENCE, listens
+from .program import PATIENCE, end_wine, listens
 from .record import within
 
 SETTINGS = r"HKCU\software\Wrenlow"
 PROXY = r"HKCU\software\America Online\AOL Instant Messenger (TM)\CurrentVersion\Proxy"
 SCREEN_NAME = "Sue Sample"
 OK, CANCEL = 1, 2
+TIME_TO_CLOSE = 5  # seconds
 
 
 async def until(condition, what):
@@ -170,10 +171,16 @@ class Wrenlow:
         """As a shut-down of the desktop's programs does; returns before the program has ended."""
         await _wine("taskkill", "/im", "wrenlow.exe")
 
-    async def kill(self):
-        """In case it has not ended; then its port is free."""
-        if self._process:
-            await _kill(self._process)
+    async def close(self):
+        """Ends it, asked or killed, and frees its port, whatever was the matter."""
+        if self._process and not self.has_ended():
+            await self.ask_to_end()
+            try:
+                await within(self._process.wait(), "wrenlow.exe to close", TIME_TO_CLOSE)
+            except TimeoutError:
+                await _kill(self._process)  # it has a question, or hangs
+        if listens(self.PORT):
+            end_wine()
         await until(lambda: not listens(self.PORT), "its port to be free")
 
 

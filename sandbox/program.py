@@ -11,6 +11,13 @@ def listens(port):
     return f"0100007F:{port:04X} 00000000:0000 0A" in Path("/proc/net/tcp").read_text(encoding="ascii")
 
 
+def end_wine():
+    """Ends everything in the environment's Wine prefix; the next Windows program begins a new one. For a port that is taken
+    though its program was killed: Wine's server can keep the sockets of a killed process that was waiting for them."""
+    subprocess.run(["wineserver", "-k"], timeout=PATIENCE, check=False)
+    subprocess.run(["wineserver", "-w"], timeout=PATIENCE, check=False)
+
+
 class RelaySettings:
     """Of wrenlow-relay, in a file; running programs take a new value at once."""
 

@@ -36,7 +36,7 @@ class Desk(BoundedTest):
         self.aim = AimClient(self.build / "sandbox/aim/aim.exe", folder.name, self.service)
         self.addAsyncCleanup(self.aim.close, self.hand)
         self.wrenlow = Wrenlow(self.build / "app/shell/wrenlow.exe")
-        self.addAsyncCleanup(self.wrenlow.kill)
+        self.addAsyncCleanup(self.wrenlow.close)
         await registry_forget(PROXY)
         await registry_forget(SETTINGS)
 

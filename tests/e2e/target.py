@@ -9,7 +9,7 @@ import tempfile
 import sys
 import time
 
-from sandbox.program import PATIENCE, ExeSettings, RelaySettings, listens
+from sandbox.program import PATIENCE, ExeSettings, RelaySettings, end_wine, listens
 from tests.e2e.measure import describe
 
 OTHERS_TIME = 600  # seconds that other runs may take with the port
@@ -180,6 +180,8 @@ class Relay:
 class WindowsProgram(Program):
     def kill(self):
         super().kill()
+        if listens(self.port):
+            end_wine()
         wait_until(lambda: not listens(self.port), f"port {self.port} is still taken")
 
     def ask_to_end(self):
