@@ -72,6 +72,7 @@ TEST_F(FilesContract, ChangesOfFoldersAndInMissingFoldersFailWithANumber) {
             } catch (const RuntimeError& error) {
                 EXPECT_NE(error.Number(), 0) << place;
             }
+            EXPECT_FALSE(os::FileExists(place + ".new"));
         }
     }
     EXPECT_TRUE(os::FolderExists(folder_));
