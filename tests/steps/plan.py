@@ -31,13 +31,14 @@ def builder(name, title, action, **options):
 
 
 STEPS = [
-    builder("build-asan", "Build: native, under the sanitizers", build("asan")),
+    # The longest checks are those of the 64-bit Windows programs, so these are built first.
     builder("build-win64", "Build: Windows, 64-bit", build("win64")),
+    builder("build-asan", "Build: native, under the sanitizers", build("asan")),
     builder("build-fuzz", "Build: fuzz targets (clang)", build("fuzz")),
     # Of these two only what is going to be run.
+    builder("build-release", "Build: wrenlow-relay, release", build("release", "app/shell/wrenlow-relay")),
     builder("build-win32", "Build: Windows, 32-bit (what ships)",
             build("win32", *([] if runs_32_bit() else ["app/shell/wrenlow.exe"]))),
-    builder("build-release", "Build: wrenlow-relay, release", build("release", "app/shell/wrenlow-relay")),
 
     Step("layers", "Include direction, file sizes", python_check("include direction", "tests/check_layers.py")),
     Step("layers-self", "The include check finds faults",
