@@ -1,4 +1,5 @@
-// Windows1252: the code page in which the program's texts stand wherever the system itself has none.
+// Windows1252: the code page in which the program's texts stand wherever the system itself has none. The .cpp
+// is os/CodePage.h for those systems, and for tests.
 #pragma once
 
 #include <array>

@@ -1,36 +1,19 @@
-#include "os/net/Resolver.h"
-
 #include <netdb.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
 
 #include <deque>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <thread>
 #include <vector>
 
-#include "base/Trap.h"
+#include "os/net/Questions.h"
 #include "os/net/Watched.h"
 #include "os/posix/FileDescriptor.h"
 
 namespace os::net {
 namespace {
-
-// Names that take long, because no server answers, keep others waiting only when so many of them do.
-constexpr int kMostThreads = 4;
-
-struct Question {
-    QuestionId id;
-    std::string host;
-};
-
-struct Answer {
-    QuestionId id;
-    std::int32_t number;
-    Address address;
-};
 
 // What the loop and the threads share. The last of them to end deletes it: getaddrinfo may sit out its
 // time-outs after the program's loop has ended, and must not be waited for.
@@ -68,27 +51,23 @@ void AnswerQuestions(const std::shared_ptr<Shared>& shared) {
     --shared->threads;
 }
 
-class Resolver : Watched {
+class Resolver : Watched, public Questions {
  public:
     Resolver() {
         if (!shared_->answered) posix::ThrowLastError();
         Watch(shared_->answered.Get(), kReadable);
     }
 
-    QuestionId Ask(const std::string& host, AddressReceiver& receiver) {
+ private:
+    void LookUpLater(Question question) override {
         const std::lock_guard lock(shared_->mutex);
         if (shared_->threads < kMostThreads) {
             std::thread(AnswerQuestions, shared_).detach();  // waits for the lock
             ++shared_->threads;
         }
-        shared_->questions.push_back({++lastId_, host});
-        receivers_.emplace(lastId_, &receiver);
-        return lastId_;
+        shared_->questions.push_back(std::move(question));
     }
 
-    void Cancel(QuestionId id) { receivers_.erase(id); }
-
- private:
     void Ready(std::uint32_t) override {
         eventfd_t count = 0;
         ::eventfd_read(shared_->answered.Get(), &count);
@@ -97,32 +76,17 @@ class Resolver : Watched {
             const std::lock_guard lock(shared_->mutex);
             answers.swap(shared_->answers);
         }
-        for (const auto& answer : answers) {
-            const auto asked = receivers_.extract(answer.id);
-            if (asked.empty()) continue;
-            Trap("EventLoop:Dispatch", [&] { asked.mapped()->AddressFound(answer.number, answer.address); });
-        }
+        Deliver(answers);
     }
 
     std::shared_ptr<Shared> shared_ = std::make_shared<Shared>();
-    std::map<QuestionId, AddressReceiver*> receivers_;
-    QuestionId lastId_ = 0;
 };
-
-// Made with the first question, and never destroyed: sockets of static storage close after the end of main.
-Resolver& TheResolver() {
-    static Resolver& resolver = *new Resolver;
-    return resolver;
-}
 
 }  // namespace
 
-QuestionId AskForAddress(const std::string& host, AddressReceiver& receiver) {
-    return TheResolver().Ask(host, receiver);
-}
-
-void CancelQuestion(QuestionId question) {
-    if (question != 0) TheResolver().Cancel(question);
+Questions& TheQuestions() {
+    static Resolver& resolver = *new Resolver;
+    return resolver;
 }
 
 }  // namespace os::net

@@ -9,11 +9,17 @@ static_assert(kHotkeyMessage == WM_HOTKEY);
 static_assert(HotkeyModifier::Alt == MOD_ALT && HotkeyModifier::Ctrl == MOD_CONTROL &&
               HotkeyModifier::Shift == MOD_SHIFT && HotkeyModifier::Win == MOD_WIN);
 
+// Hotkeys have always been refused in the system's words as they stand, line break included.
+[[noreturn]] void ThrowSystemsWords() {
+    const DWORD number = GetLastError();
+    throw RuntimeError(static_cast<std::int32_t>(number), SystemErrorText(number));
+}
+
 }  // namespace
 
 std::uint16_t AddGlobalAtom(const std::string& text) {
     const ATOM atom = GlobalAddAtomA(text.c_str());
-    if (atom == 0) ThrowLastError();
+    if (atom == 0) ThrowSystemsWords();
     return atom;
 }
 
@@ -22,7 +28,7 @@ void DeleteGlobalAtom(std::uint16_t atom) {
 }
 
 void RegisterHotkey(WindowHandle window, std::int32_t id, std::uint32_t modifiers, std::uint32_t key) {
-    if (!RegisterHotKey(reinterpret_cast<HWND>(window), id, modifiers, key)) ThrowLastError();
+    if (!RegisterHotKey(reinterpret_cast<HWND>(window), id, modifiers, key)) ThrowSystemsWords();
 }
 
 void UnregisterHotkey(WindowHandle window, std::int32_t id) {

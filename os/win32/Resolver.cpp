@@ -1,15 +1,12 @@
-#include "os/net/Resolver.h"
-
 #include <winsock2.h>
 
 #include <windows.h>
 #include <ws2tcpip.h>
 
 #include <deque>
-#include <map>
 #include <vector>
 
-#include "base/Trap.h"
+#include "os/net/Questions.h"
 #include "os/net/Turn.h"
 #include "os/win32/HiddenWindow.h"
 #include "os/win32/SystemError.h"
@@ -17,20 +14,7 @@
 namespace os::net {
 namespace {
 
-// Names that take long, because no server answers, keep others waiting only when so many of them do.
-constexpr int kMostThreads = 4;
 constexpr UINT kAnswered = WM_APP + 1;
-
-struct Question {
-    QuestionId id;
-    std::string host;
-};
-
-struct Answer {
-    QuestionId id;
-    std::int32_t number;
-    Address address;
-};
 
 Answer LookUp(const Question& question) {
     addrinfo hints{};
@@ -56,21 +40,17 @@ class Lock {
     CRITICAL_SECTION& section_;
 };
 
-class Resolver : HiddenWindow {
+class Resolver : HiddenWindow, public Questions {
  public:
     Resolver() : HiddenWindow("Wrenlow resolver") { InitializeCriticalSection(&section_); }
 
-    QuestionId Ask(const std::string& host, AddressReceiver& receiver) {
+ private:
+    void LookUpLater(Question question) override {
         const Lock lock(section_);
-        questions_.push_back({lastId_ + 1, host});
+        questions_.push_back(std::move(question));
         if (threads_ < kMostThreads) StartThread();
-        receivers_.emplace(++lastId_, &receiver);
-        return lastId_;
     }
 
-    void Cancel(QuestionId id) { receivers_.erase(id); }
-
- private:
     void StartThread() {
         const HANDLE thread = CreateThread(nullptr, 0, Run, this, 0, nullptr);  // waits for the lock
         if (thread != nullptr) {
@@ -114,11 +94,7 @@ class Resolver : HiddenWindow {
             answers.swap(answers_);
         }
         const TurnScope scope;
-        for (const auto& answer : answers) {
-            const auto asked = receivers_.extract(answer.id);
-            if (asked.empty()) continue;
-            Trap("EventLoop:Dispatch", [&] { asked.mapped()->AddressFound(answer.number, answer.address); });
-        }
+        Deliver(answers);
         return 0;
     }
 
@@ -126,24 +102,13 @@ class Resolver : HiddenWindow {
     std::deque<Question> questions_;
     std::vector<Answer> answers_;
     int threads_ = 0;
-    std::map<QuestionId, AddressReceiver*> receivers_;
-    QuestionId lastId_ = 0;
 };
-
-// Made with the first question, and never destroyed: sockets of static storage close after the end of main.
-Resolver& TheResolver() {
-    static Resolver& resolver = *new Resolver;
-    return resolver;
-}
 
 }  // namespace
 
-QuestionId AskForAddress(const std::string& host, AddressReceiver& receiver) {
-    return TheResolver().Ask(host, receiver);
-}
-
-void CancelQuestion(QuestionId question) {
-    if (question != 0) TheResolver().Cancel(question);
+Questions& TheQuestions() {
+    static Resolver& resolver = *new Resolver;
+    return resolver;
 }
 
 }  // namespace os::net

@@ -17,8 +17,11 @@ inline std::string SystemErrorText(DWORD number) {
     return std::string(text, length);
 }
 
+// As an exception; its text is put into sentences and lines, so it has no line break.
 [[noreturn]] inline void ThrowSystemError(DWORD number) {
-    throw RuntimeError(static_cast<std::int32_t>(number), SystemErrorText(number));
+    auto text = SystemErrorText(number);
+    text.erase(text.find_last_not_of("\r\n") + 1);
+    throw RuntimeError(static_cast<std::int32_t>(number), text);
 }
 [[noreturn]] inline void ThrowLastError() {
     ThrowSystemError(GetLastError());
