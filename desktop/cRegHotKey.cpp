@@ -6,7 +6,7 @@
 #include "base/RuntimeError.h"
 #include "base/Trap.h"
 #include "os/Files.h"
-#include "os/PopupMenu.h"
+#include "os/Foreground.h"
 #include "os/TopWindows.h"
 
 namespace {

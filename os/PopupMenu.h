@@ -67,7 +67,4 @@ struct ScreenPoint {
 // Where the mouse is, in screen pixels.
 ScreenPoint CursorPosition();
 
-// Brings a window of this program, visible or not, to the foreground.
-void BringToForeground(WindowHandle window);
-
 }  // namespace os

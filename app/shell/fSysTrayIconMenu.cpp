@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "os/Foreground.h"
 #include "os/Shell.h"
 
 namespace {

@@ -5,6 +5,7 @@
 namespace {
 constexpr os::LocalTime kBeginning{2000, 1, 1, 0, 0, 0};
 os::LocalTime localTime = kBeginning;
+const os::fake::WorldPart part([] { localTime = kBeginning; });
 }  // namespace
 
 os::LocalTime os::Now() {
@@ -13,8 +14,4 @@ os::LocalTime os::Now() {
 
 void os::fake::SetLocalTime(const LocalTime& time) {
     localTime = time;
-}
-
-void os::fake::ResetClock() {
-    localTime = kBeginning;
 }

@@ -1,5 +1,7 @@
 #include "os/fake/FakeFileDialogs.h"
 
+#include "os/fake/FakeLoop.h"
+
 namespace os {
 namespace {
 
@@ -41,6 +43,7 @@ void SetDuringSaveFile(std::function<void()> action) {
 void ResetFileDialogs() {
     TheState() = State();
 }
+const WorldPart part(ResetFileDialogs);
 
 }  // namespace fake
 }  // namespace os

@@ -5,6 +5,7 @@
 #include "base/RuntimeError.h"
 #include "os/FileWriter.h"
 #include "os/Files.h"
+#include "os/fake/FakeLoop.h"
 
 namespace os {
 namespace {
@@ -19,6 +20,7 @@ State& TheState() {
     static State state;
     return state;
 }
+const fake::WorldPart part([] { TheState() = State(); });
 
 }  // namespace
 
@@ -69,10 +71,6 @@ void FailWritersAfter(std::uint64_t bytes, std::int32_t number) {
 
 bool IsMarkedFromInternet(const std::string& path) {
     return TheState().marked.contains(path);
-}
-
-void ResetFileWriters() {
-    TheState() = State();
 }
 
 }  // namespace fake

@@ -14,6 +14,4 @@ void FailWritersAfter(std::uint64_t bytes, std::int32_t number);
 // Whether the file was marked as one from the internet.
 bool IsMarkedFromInternet(const std::string& path);
 
-void ResetFileWriters();
-
 }  // namespace os::fake

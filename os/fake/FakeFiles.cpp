@@ -24,6 +24,7 @@ struct Disk {
     std::string windowsFolder;
 };
 Disk disk;
+const os::fake::WorldPart part([] { disk = Disk(); });
 
 std::string Plain(std::string path) {
     std::replace(path.begin(), path.end(), '\\', '/');
@@ -154,8 +155,4 @@ void os::fake::SetProgram(const std::string& folder, const std::string& baseName
 
 void os::fake::SetWindowsFolder(const std::string& folder) {
     disk.windowsFolder = folder;
-}
-
-void os::fake::ResetFiles() {
-    disk = Disk();
 }

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "base/RuntimeError.h"
+#include "os/fake/FakeLoop.h"
 
 namespace os {
 namespace {
@@ -25,6 +26,7 @@ State& TheState() {
     static State state;
     return state;
 }
+const fake::WorldPart part([] { TheState() = State(); });
 
 }  // namespace
 
@@ -77,10 +79,6 @@ void TakeCombination(std::uint32_t modifiers, std::uint32_t key, const std::stri
 
 void FailAtoms(const std::string& systemText) {
     TheState().atomFailure = systemText;
-}
-
-void ResetHotkeys() {
-    TheState() = State();
 }
 
 }  // namespace fake

@@ -29,6 +29,4 @@ void TakeCombination(std::uint32_t modifiers, std::uint32_t key, const std::stri
 // From now on no atom can be added: error 8 with this text.
 void FailAtoms(const std::string& systemText);
 
-void ResetHotkeys();
-
 }  // namespace os::fake

@@ -3,14 +3,13 @@
 #include "os/fake/FakeLoop.h"
 
 #include <algorithm>
-#include <deque>
 #include <map>
 #include <stdexcept>
 
 #include "base/Trap.h"
 #include "os/EventLoop.h"
+#include "os/PostedCalls.h"
 #include "os/fake/FakeClock.h"
-#include "os/fake/FakeWorld.h"
 
 namespace {
 
@@ -33,12 +32,13 @@ struct Loop {
     std::int64_t now = 0;
     std::uint64_t starts = 0;
     std::map<Moment, TimerEntry*> timers;
-    std::deque<std::function<void()>> posted;
+    os::PostedCalls posted;
     bool quit = false;
     int exitCode = 0;
 };
 // Never destroyed: timers of static storage stop after the end of main.
 Loop& loop = *new Loop;
+const os::fake::WorldPart part([] { loop = Loop(); });
 
 bool IsInTable(const TimerEntry& entry) {
     const auto found = loop.timers.find(entry.moment);
@@ -65,24 +65,13 @@ bool TickDueTimers() {
     return any;
 }
 
-bool RunPostedCalls() {
-    bool any = false;
-    for (auto left = loop.posted.size(); left > 0 && !loop.posted.empty() && !loop.quit; --left) {
-        const auto task = std::move(loop.posted.front());
-        loop.posted.pop_front();
-        any = true;
-        Trap("EventLoop:Dispatch", task);
-    }
-    return any;
-}
-
 // One turn. Whether anything happened. A quit ends the turn after the event that asked for it; turns after
 // that (a clean end flushes) are whole again.
 bool Turn() {
     const bool quitBefore = std::exchange(loop.quit, false);
     bool any = os::fake::DeliverNetworkEvents(loop.quit);
     any |= TickDueTimers();
-    any |= RunPostedCalls();
+    any |= loop.posted.Run(loop.quit);
     loop.quit |= quitBefore;
     return any;
 }
@@ -136,7 +125,7 @@ bool os::RunEventLoopUntil(const std::function<bool()>& done, std::int64_t milli
 }
 
 void os::Post(std::function<void()> task) {
-    loop.posted.push_back(std::move(task));
+    loop.posted.Add(std::move(task));
 }
 
 struct os::Timer::Impl : TimerEntry {};
@@ -178,15 +167,4 @@ void os::fake::AdvanceClock(std::int64_t milliseconds) {
     RunUntilIdle();
     while (MoveToNextTimer(target)) RunUntilIdle();
     loop.now = std::max(loop.now, target);
-}
-
-void os::fake::ResetLoop() {
-    loop = Loop();
-}
-
-void os::fake::ResetWorld() {
-    ResetLoop();
-    ResetNetwork();
-    ResetClock();
-    ResetFiles();
 }

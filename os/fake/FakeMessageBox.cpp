@@ -3,6 +3,8 @@
 #include <deque>
 #include <stdexcept>
 
+#include "os/fake/FakeLoop.h"
+
 namespace os {
 namespace {
 
@@ -59,6 +61,7 @@ void SetDuringBox(std::function<void()> action) {
 void ResetMessageBoxes() {
     TheState() = State();
 }
+const WorldPart part(ResetMessageBoxes);
 
 }  // namespace fake
 }  // namespace os

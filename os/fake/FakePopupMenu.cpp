@@ -3,13 +3,14 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "os/fake/FakeLoop.h"
+
 namespace os {
 namespace {
 
 struct State {
     std::function<std::int32_t(const MenuRequest&)> chooser;
     ScreenPoint cursor{0, 0};
-    WindowHandle foreground = 0;
     int icons = 0;
 };
 
@@ -17,6 +18,7 @@ State& TheState() {
     static State state;
     return state;
 }
+const fake::WorldPart part([] { TheState() = State(); });
 
 bool CanBeChosen(const MenuRequest& request, std::int32_t id) {
     const auto& entries = request.entries;
@@ -38,10 +40,6 @@ std::int32_t PopUpMenu(const MenuRequest& request) {
 
 ScreenPoint CursorPosition() {
     return TheState().cursor;
-}
-
-void BringToForeground(WindowHandle window) {
-    TheState().foreground = window;
 }
 
 int SmallIconSize() {
@@ -68,16 +66,8 @@ void SetCursorPosition(ScreenPoint position) {
     TheState().cursor = position;
 }
 
-WindowHandle ForegroundWindow() {
-    return TheState().foreground;
-}
-
 int LoadedIcons() {
     return TheState().icons;
-}
-
-void ResetPopupMenu() {
-    TheState() = State();
 }
 
 }  // namespace fake

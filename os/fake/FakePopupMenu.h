@@ -14,12 +14,7 @@ void SetMenuChooser(std::function<std::int32_t(const MenuRequest&)> chooser);
 
 void SetCursorPosition(ScreenPoint position);
 
-// The window that was brought to the foreground last; 0 for none.
-WindowHandle ForegroundWindow();
-
 // How many icons were loaded (Icons.h) and not released yet. Resource 0 is one that the program lacks.
 int LoadedIcons();
-
-void ResetPopupMenu();
 
 }  // namespace os::fake

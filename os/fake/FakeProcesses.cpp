@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "os/fake/FakeLoop.h"
+
 namespace os {
 
 namespace fake {
@@ -20,6 +22,7 @@ void ResetProcesses() {
     RunningProcesses().clear();
     StartedPrograms().clear();
 }
+const WorldPart part(ResetProcesses);
 
 }  // namespace fake
 

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "os/RegistryStore.h"
+#include "os/fake/FakeLoop.h"
 
 namespace os {
 namespace {
@@ -46,6 +47,7 @@ int RegistryChanges() {
 void ResetRegistry() {
     TheRegistry() = {};
 }
+const WorldPart part(ResetRegistry);
 
 }  // namespace fake
 

@@ -1,6 +1,7 @@
 #include "os/fake/FakeShell.h"
 
 #include "os/Shell.h"
+#include "os/fake/FakeLoop.h"
 
 namespace os {
 namespace {
@@ -31,6 +32,7 @@ const std::vector<std::string>& OpenedPages() {
 void ResetShell() {
     Opened().clear();
 }
+const WorldPart part(ResetShell);
 
 }  // namespace fake
 }  // namespace os

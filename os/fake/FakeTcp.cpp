@@ -379,7 +379,7 @@ std::size_t os::fake::LingeringSocketCount() {
     return network.lingering.size();
 }
 
-void os::fake::ResetNetwork() {
+static const os::fake::WorldPart part([] {
     for (auto* const state : std::vector(network.open)) LeaveNetwork(*state);
     network = Network();
-}
+});

@@ -2,6 +2,8 @@
 
 #include <map>
 
+#include "os/fake/FakeLoop.h"
+
 namespace os {
 namespace {
 
@@ -16,6 +18,7 @@ State& TheState() {
     static State state;
     return state;
 }
+const fake::WorldPart part([] { TheState() = State(); });
 
 fake::TopWindow* Find(WindowHandle window) {
     const auto found = TheState().windows.find(window);
@@ -98,10 +101,6 @@ int Enumerations() {
 
 void SetCanMakeTranslucent(bool can) {
     TheState().canMakeTranslucent = can;
-}
-
-void ResetTopWindows() {
-    TheState() = State();
 }
 
 }  // namespace fake

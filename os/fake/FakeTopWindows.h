@@ -31,6 +31,4 @@ int Enumerations();
 
 void SetCanMakeTranslucent(bool can);
 
-void ResetTopWindows();
-
 }  // namespace os::fake

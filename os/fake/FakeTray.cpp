@@ -2,6 +2,8 @@
 
 #include <stdexcept>
 
+#include "os/fake/FakeLoop.h"
+
 namespace os {
 namespace {
 
@@ -16,6 +18,11 @@ State& TheState() {
     static State state;
     return state;
 }
+const fake::WorldPart part([] {
+    auto* const window = TheState().window;  // one that still exists stays
+    TheState() = State();
+    TheState().window = window;
+});
 
 }  // namespace
 
@@ -81,12 +88,6 @@ void RestartTaskbar() {
 
 void SendTrayCallback(std::uint32_t message) {
     if (auto* window = TheState().window) window->Callback(message);
-}
-
-void ResetTray() {
-    auto* const window = TheState().window;
-    TheState() = State();
-    TheState().window = window;
 }
 
 }  // namespace fake

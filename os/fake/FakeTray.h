@@ -24,6 +24,4 @@ void RestartTaskbar();
 // What the system sends when the mouse does something on the icon.
 void SendTrayCallback(std::uint32_t message);
 
-void ResetTray();
-
 }  // namespace os::fake

@@ -1,11 +1,11 @@
 #include "os/net/Turn.h"
 
 #include <algorithm>
-#include <deque>
 
 #include "base/Trap.h"
 #include "os/Clock.h"
 #include "os/EventLoop.h"
+#include "os/PostedCalls.h"
 #include "os/net/Connection.h"
 #include "os/net/TimerHeap.h"
 #include "os/net/Waiting.h"
@@ -14,7 +14,7 @@ namespace {
 
 struct Work {
     os::net::TimerHeap timers;
-    std::deque<std::function<void()>> posted;
+    os::PostedCalls posted;
     int depth = 0;
 };
 // Never destroyed: timers of static storage stop after the end of main.
@@ -59,18 +59,11 @@ bool TickDueTimers(const bool& stop) {
 }
 
 bool RunPostedCalls(const bool& stop) {
-    bool any = false;
-    for (auto left = work.posted.size(); left > 0 && !work.posted.empty() && !stop; --left) {
-        const auto task = std::move(work.posted.front());
-        work.posted.pop_front();
-        any = true;
-        Trap("EventLoop:Dispatch", task);
-    }
-    return any;
+    return work.posted.Run(stop);
 }
 
 bool AnyPosted() {
-    return !work.posted.empty();
+    return !work.posted.Empty();
 }
 
 std::int64_t MillisecondsToFirstTimer(std::int64_t limit) {
@@ -81,7 +74,7 @@ std::int64_t MillisecondsToFirstTimer(std::int64_t limit) {
 }  // namespace os::net
 
 void os::Post(std::function<void()> task) {
-    work.posted.push_back(std::move(task));
+    work.posted.Add(std::move(task));
     net::LoopHasWork();
 }
 

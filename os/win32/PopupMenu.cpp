@@ -178,8 +178,4 @@ ScreenPoint CursorPosition() {
     return {static_cast<int>(position.x), static_cast<int>(position.y)};
 }
 
-void BringToForeground(WindowHandle window) {
-    SetForegroundWindow(reinterpret_cast<HWND>(window));
-}
-
 }  // namespace os

@@ -1,10 +1,18 @@
-// The data of instant messages, as clients and servers build them.
+// Frames and what is in them, as clients and servers build them.
 #pragma once
 
 #include "tests/unit/Hex.h"
 
 inline ByteString Word(std::size_t number) {
     return WordToStr(static_cast<std::int32_t>(number));
+}
+
+inline ByteString Frame(std::int32_t channel, std::int32_t sequence, const ByteString& payload) {
+    return "*" + ByteToStr(channel) + WordToStr(sequence) + Word(payload.size()) + payload;
+}
+
+inline ByteString Snac(std::int32_t family, std::int32_t subtype, const ByteString& data) {
+    return WordToStr(family) + WordToStr(subtype) + "00 00 00 00 00 00"_hex + data;
 }
 
 inline ByteString Named(const std::string& name) {

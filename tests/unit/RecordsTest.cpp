@@ -4,18 +4,31 @@
 #include "core/clsHeaderFLAP.h"
 #include "core/clsHeaderSNAC.h"
 #include "core/clsTLVChain.h"
-#include "tests/unit/Hex.h"
+#include "tests/unit/Messages.h"
+
+namespace {
+
+template <typename Record>
+Record Read(const ByteString& bytes) {
+    Record record;
+    record.ParseData(bytes);
+    return record;
+}
+
+clsTLVChain Chain(const ByteString& bytes, std::size_t end, std::size_t most = 999) {
+    clsTLVChain chain;
+    chain.CreateFromString(bytes, 1, end, most);
+    return chain;
+}
+
+}  // namespace
 
 TEST(clsHeaderFLAP, ReadsAndWritesTheSameBytes) {
     const auto bytes = "2A 02 12 34 00 03 'abc'"_hex;
-    clsHeaderFLAP flap;
-    flap.ParseData(bytes);
+    const auto flap = Read<clsHeaderFLAP>(bytes);
     EXPECT_EQ(flap.ChannelID(), 2);
     EXPECT_EQ(flap.SeqNum(), 0x1234);
-    EXPECT_EQ(flap.DataLen(), 3);
     EXPECT_EQ(flap.Data(), "abc");
-    EXPECT_FALSE(flap.isIncomplete());
-    EXPECT_EQ(flap.MessageLen(), 9);
     EXPECT_EQ(flap.toString(), bytes);
 }
 
@@ -23,101 +36,75 @@ TEST(clsHeaderFLAP, TellsHowMuchOfAFrameIsThere) {
     const struct {
         ByteString bytes;
         bool incomplete;
+        std::int32_t messageLength;
     } cases[] = {
-        {"2A 02 12"_hex, true},
-        {"2A 02 12 34 00"_hex, true},
-        {"2A 02 12 34 00 03 'ab'"_hex, true},
-        {"2A 05 00 01 00 00"_hex, false},
-        {"FF 02 12 34 00 01 'a'"_hex, false},
-        {"", true},
+        {"", true, 0},
+        {"2A 02 12"_hex, true, 0},
+        {"2A 04 00 07"_hex, true, 0},
+        {"2A 02 12 34 00"_hex, true, 0},
+        {"2A 02 12 34 00 03 'ab'"_hex, true, 9},
+        {"2A 05 00 01 00 00"_hex, false, 6},
+        {"FF 02 12 34 00 01 'a'"_hex, false, 7},
+        {Frame(2, 1, ByteString(65535, 'x')), false, 65541},
     };
-    for (const auto& c : cases) {
-        clsHeaderFLAP flap;
-        flap.ParseData(c.bytes);
-        EXPECT_EQ(flap.isIncomplete(), c.incomplete) << HexDump(c.bytes);
+    for (const auto& [bytes, incomplete, messageLength] : cases) {
+        const auto flap = Read<clsHeaderFLAP>(bytes);
+        EXPECT_EQ(flap.isIncomplete(), incomplete) << HexDump(bytes.substr(0, 10));
+        EXPECT_EQ(flap.MessageLen(), messageLength) << HexDump(bytes.substr(0, 10));
     }
 }
 
 TEST(clsHeaderFLAP, FourBytesLeaveCompletenessAndLengthOfTheFrameBefore) {
-    clsHeaderFLAP flap;
-    flap.ParseData("2A 04 00 07"_hex);
-    EXPECT_TRUE(flap.isIncomplete());
-    EXPECT_EQ(flap.MessageLen(), 0);
-
-    flap.ParseData("2A 02 00 06 00 02 'hi'"_hex);
+    auto flap = Read<clsHeaderFLAP>("2A 02 00 06 00 02 'hi'"_hex);
     flap.ParseData("2A 04 00 07"_hex);
     EXPECT_FALSE(flap.isIncomplete());
     EXPECT_EQ(flap.MessageLen(), 8);
     EXPECT_EQ(flap.toString(), "2A 04 00 07 00 00"_hex);
 }
 
-TEST(clsHeaderFLAP, ALargestFrameIsNoOverflow) {
-    clsHeaderFLAP flap;
-    flap.ParseData("2A 02 00 01 FF FF"_hex + ByteString(65535, 'x'));
-    EXPECT_FALSE(flap.isIncomplete());
-    EXPECT_EQ(flap.MessageLen(), 65541);
-}
-
 TEST(clsHeaderSNAC, KeepsTheRequestIdentifier) {
     const auto bytes = "00 04 00 06 00 00 00 00 00 2A 'xyz'"_hex;
-    clsHeaderSNAC snac;
-    snac.ParseData(bytes);
+    auto snac = Read<clsHeaderSNAC>(bytes);
     EXPECT_EQ(snac.FamID(), 4);
     EXPECT_EQ(snac.SubId(), 6);
     EXPECT_EQ(snac.Data(), "xyz");
     EXPECT_EQ(snac.toString(), bytes);
-
     snac.Create(2, 4, 0, 0, "d");
-    EXPECT_EQ(snac.toString(), "00 02 00 04 00 00 00 00 00 00 'd'"_hex);
+    EXPECT_EQ(snac.toString(), Snac(2, 4, "d"));
 }
 
 TEST(clsHeaderSNAC, AHeaderCutAnywhereIsIncomplete) {
-    const auto bytes = "00 04 00 06 00 00 00 00 00 2A"_hex;
-    for (std::size_t length = 0; length < bytes.size(); ++length) {
-        clsHeaderSNAC snac;
-        snac.ParseData(bytes.substr(0, length));
-        EXPECT_TRUE(snac.isIncomplete()) << length;
+    for (std::size_t length = 0; length <= 10; ++length) {
+        const auto bytes = "00 04 00 06 00 00 00 00 00 2A"_hex.substr(0, length);
+        EXPECT_EQ(Read<clsHeaderSNAC>(bytes).isIncomplete(), length < 10) << length;
     }
 }
 
-TEST(clsTLVChain, ReadsAndWritesTheSameBytes) {
-    const auto bytes = "00 01 00 02 'ab' 00 03 00 00"_hex;
-    clsTLVChain chain;
-    EXPECT_EQ(chain.toString(), "");
-    chain.CreateFromString(bytes, 1, bytes.size(), 999);
-    ASSERT_EQ(chain.Records().size(), 2u);
+TEST(clsTLVChain, ReadsAndWritesTheSameBytesAndFindsTheFirstOrTheLastOfAType) {
+    const auto bytes = Tlv(5, "first") + Tlv(3, "") + Tlv(5, "last");
+    auto chain = Chain(bytes, bytes.size());
     EXPECT_EQ(chain.toString(), bytes);
-    EXPECT_EQ(chain.GetTLV(1)->Value(), "ab");
+    EXPECT_EQ(chain.GetTLV(5)->Value(), "first");
+    EXPECT_EQ(chain.GetTLVRev(5)->Value(), "last");
     EXPECT_EQ(chain.GetTLV(9), nullptr);
-}
-
-TEST(clsTLVChain, FindsTheFirstOrTheLastOfAType) {
-    const auto bytes = "00 05 00 01 'a' 00 05 00 01 'b'"_hex;
-    clsTLVChain chain;
-    chain.CreateFromString(bytes, 1, bytes.size(), 999);
-    EXPECT_EQ(chain.GetTLV(5)->Value(), "a");
-    EXPECT_EQ(chain.GetTLVRev(5)->Value(), "b");
+    EXPECT_EQ(clsTLVChain().toString(), "");
 }
 
 TEST(clsTLVChain, StopsAtItsLimitsAndTakesACutValue) {
-    const auto bytes = "00 01 00 01 'a' 00 02 00 01 'b' 00 03 00 09 'cut'"_hex;
+    const auto bytes = Tlv(1, "a") + Tlv(2, "b") + "00 03 00 09 'cut'"_hex;
     const struct {
-        std::size_t end, maxTlvs, expected;
+        std::size_t end, most, expected;
     } cases[] = {
         {bytes.size(), 2, 2}, {5, 999, 1}, {6, 999, 2}, {bytes.size(), 999, 3}, {bytes.size(), 0, 0}};
-    for (const auto& c : cases) {
-        clsTLVChain chain;
-        chain.CreateFromString(bytes, 1, c.end, c.maxTlvs);
-        EXPECT_EQ(chain.Records().size(), c.expected) << c.end << " " << c.maxTlvs;
+    for (const auto& [end, most, expected] : cases) {
+        EXPECT_EQ(Chain(bytes, end, most).Records().size(), expected) << end << " " << most;
     }
-    clsTLVChain chain;
-    chain.CreateFromString(bytes, 1, bytes.size(), 999);
-    EXPECT_EQ(chain.GetTLV(3)->Value(), "cut");
+    EXPECT_EQ(Chain(bytes, bytes.size()).GetTLV(3)->Value(), "cut");
 }
 
 TEST(clsTLVChain, RefusesAHeaderCutByTheEndAndAValueTooLongToWrite) {
+    EXPECT_THROW(Chain("00 01 00"_hex, 3), RuntimeError);
     clsTLVChain chain;
-    EXPECT_THROW(chain.CreateFromString("00 01 00"_hex, 1, 3, 999), RuntimeError);
     clsHeaderTLV tlv;
     tlv.Create(1, ByteString(65536, 'x'));
     chain.Add(tlv);

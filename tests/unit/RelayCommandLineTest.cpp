@@ -1,11 +1,9 @@
 // The command line and the error lines of wrenlow-relay; the program as a whole is in tests/e2e.
-#include <gtest/gtest.h>
-
 #include "app/shell/ConsoleReports.h"
 #include "app/shell/RelayOptions.h"
 #include "base/RuntimeError.h"
 #include "os/fake/FakeClock.h"
-#include "os/fake/FakeWorld.h"
+#include "tests/unit/FreshWorld.h"
 
 namespace {
 
@@ -25,16 +23,27 @@ TEST(RelayOptions, TakesEveryOptionInAnyOrder) {
 
 TEST(RelayOptions, KnowsWhatToDoInsteadOfRunning) {
     using enum RelayOptions::Action;
-    EXPECT_EQ(ParseRelayOptions({}).action, Run);
-    EXPECT_EQ(ParseRelayOptions({"--version"}).action, Version);
-    EXPECT_EQ(ParseRelayOptions({"--help", "--version"}).action, Help);
-    const auto set = ParseRelayOptions({"--settings", "f", "set", "name", "--value"});
-    EXPECT_EQ(set.action, SetValue);
-    EXPECT_EQ(set.name + "=" + set.value, "name=--value");
-    EXPECT_EQ(ParseRelayOptions({"get", "name"}).action, GetValue);
+    const struct {
+        Arguments arguments;
+        RelayOptions::Action action;
+        std::string name, value;
+    } cases[] = {
+        {{}, Run, "", ""},
+        {{"--version"}, Version, "", ""},
+        {{"--help", "--version"}, Help, "", ""},
+        {{"--settings", "f", "set", "name", "--value"}, SetValue, "name", "--value"},
+        {{"get", "name"}, GetValue, "name", ""},
+    };
+    for (const auto& [arguments, action, name, value] : cases) {
+        const auto options = ParseRelayOptions(arguments);
+        EXPECT_EQ(options.action, action) << static_cast<int>(action);
+        EXPECT_EQ(options.name, name);
+        EXPECT_EQ(options.value, value);
+    }
 }
 
 TEST(RelayOptions, TellsWhatIsWrong) {
+    const std::string portNeeded = "--listen-port needs a number from 0 to 65535";
     const struct {
         Arguments arguments;
         std::string text;
@@ -43,13 +52,12 @@ TEST(RelayOptions, TellsWhatIsWrong) {
         {{"11080"}, "unexpected argument 11080"},
         {{"--data"}, "--data needs a value"},
         {{"--data", ""}, "--data needs a value"},
-        {{"--listen-port", "65536"}, "--listen-port needs a number from 0 to 65535"},
-        {{"--listen-port", "-1"}, "--listen-port needs a number from 0 to 65535"},
-        {{"--listen-port", "80x"}, "--listen-port needs a number from 0 to 65535"},
-        {{"--listen-port", ""}, "--listen-port needs a number from 0 to 65535"},
+        {{"--listen-port", "65536"}, portNeeded},
+        {{"--listen-port", "-1"}, portNeeded},
+        {{"--listen-port", "80x"}, portNeeded},
+        {{"--listen-port", ""}, portNeeded},
         {{"--set", "logims"}, "--set needs NAME=VALUE"},
         {{"--set", "=1"}, "--set needs NAME=VALUE"},
-        {{"set"}, "set needs a value"},
         {{"set", "name"}, "set needs a value"},
         {{"get", "name", "more"}, "unexpected argument more"},
         {{"get", ""}, "get needs a value"},
@@ -65,26 +73,27 @@ TEST(RelayOptions, TellsWhatIsWrong) {
     }
 }
 
-TEST(ConsoleReports, ADescriptionFromAStrangerCannotSteerTheTerminal) {
-    os::fake::ResetWorld();
-    EXPECT_EQ(ConsoleReports().LinesFor("bad\x1B[2J\r\nname\x7F", -5, "clsWinConn:X", 3),
+struct Reports : FreshWorld {
+    ConsoleReports reports;
+};
+
+TEST_F(Reports, ADescriptionFromAStrangerCannotSteerTheTerminal) {
+    EXPECT_EQ(reports.LinesFor("bad\x1B[2J\r\nname\x7F", -5, "clsWinConn:X", 3),
               "error -5: bad?[2J??name? at: clsWinConn:X: 3\n");
 }
 
-TEST(ConsoleReports, WritesTwentyLinesASecondAndTellsWhatItLeftOut) {
-    os::fake::ResetWorld();
-    ConsoleReports reports;
-    const auto count = [&](int times) {
-        int written = 0;
-        for (int i = 0; i < times; ++i) written += reports.LinesFor("x", 1, "a:b", 0).empty() ? 0 : 1;
-        return written;
+TEST_F(Reports, TwentyLinesASecondAreWrittenAndWhatIsLeftOutIsTold) {
+    const auto written = [&](int times) {
+        int lines = 0;
+        for (int i = 0; i < times; ++i) lines += reports.LinesFor("x", 1, "a:b", 0).empty() ? 0 : 1;
+        return lines;
     };
-    EXPECT_EQ(count(30), 20);
+    EXPECT_EQ(written(30), 20);
     os::fake::AdvanceClock(999);
-    EXPECT_EQ(count(1), 0);
+    EXPECT_EQ(written(1), 0);
     os::fake::AdvanceClock(1);
     EXPECT_EQ(reports.LinesFor("x", 1, "a:b", 0), "11 more errors were not shown\nerror 1: x at: a:b: 0\n");
-    EXPECT_EQ(count(30), 19);
+    EXPECT_EQ(written(30), 19);
 }
 
 }  // namespace

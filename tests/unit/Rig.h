@@ -14,15 +14,16 @@
 #include "os/fake/FakeClock.h"
 #include "os/fake/FakeNetwork.h"
 #include "os/fake/FakeWorld.h"
-#include "tests/unit/Hex.h"
+#include "tests/unit/Messages.h"
 
-inline ByteString Frame(std::int32_t channel, std::int32_t sequence, const ByteString& payload) {
-    return "*" + ByteToStr(channel) + WordToStr(sequence) +
-           WordToStr(static_cast<std::int32_t>(payload.size())) + payload;
+// What a peer does, and all that follows from it.
+inline void Accept(os::fake::Peer& peer) {
+    peer.AcceptConnect();
+    os::ProcessPendingEvents();
 }
-
-inline ByteString Snac(std::int32_t family, std::int32_t subtype, const ByteString& data) {
-    return WordToStr(family) + WordToStr(subtype) + "00 00 00 00 00 00"_hex + data;
+inline void End(os::fake::Peer& peer) {
+    peer.Close();
+    os::ProcessPendingEvents();
 }
 
 // What was reported while the rig stood.
@@ -62,11 +63,18 @@ class Rig {
 
     // A client connects and asks for a server at 10.0.0.5:5190.
     os::fake::Peer& Connect() {
-        auto& client = os::fake::ConnectTo(kPort);
-        os::ProcessPendingEvents();
+        auto& client = ConnectSilently();
         client.Feed(kRequest);
         return client;
     }
+    // One that has not asked yet.
+    static os::fake::Peer& ConnectSilently() {
+        auto& client = os::fake::ConnectTo(kPort);
+        os::ProcessPendingEvents();
+        return client;
+    }
+    // The server that was asked for last.
+    static os::fake::Peer& LastServer() { return os::fake::Outgoing(os::fake::OutgoingCount() - 1); }
 
     // A client that has its server and has been given the reply.
     struct Pair {
@@ -75,9 +83,8 @@ class Rig {
     };
     Pair ConnectPair() {
         auto& client = Connect();
-        auto& server = os::fake::Outgoing(os::fake::OutgoingCount() - 1);
-        server.AcceptConnect();
-        os::ProcessPendingEvents();
+        auto& server = LastServer();
+        Accept(server);
         EXPECT_EQ(client.TakeReceived(), kReply);
         return {client, server};
     }
@@ -93,8 +100,7 @@ class Rig {
     // The same, and the server has named the user.
     Pair SignOn(const std::string& name) {
         auto pair = ConnectTalking();
-        pair.server.Feed(
-            Frame(2, 101, Snac(1, 0xF, ByteToStr(static_cast<std::int32_t>(name.size())) + name)));
+        pair.server.Feed(Frame(2, 101, Snac(1, 0xF, Named(name))));
         pair.client.TakeReceived();
         return pair;
     }

@@ -1,10 +1,9 @@
 #include "ui/popupmenu/cPopupMenu.h"
 
-#include <gtest/gtest.h>
-
 #include "base/RuntimeError.h"
 #include "os/MenuLetters.h"
 #include "os/fake/FakePopupMenu.h"
+#include "tests/unit/FreshWorld.h"
 #include "ui/popupmenu/ColourSchemes.h"
 #include "ui/popupmenu/ImageList.h"
 
@@ -12,12 +11,9 @@ namespace {
 
 using Indices = std::vector<std::int32_t>;
 
-class PopupMenu : public testing::Test {
- protected:
-    void TearDown() override { os::fake::ResetPopupMenu(); }
-
+struct PopupMenu : FreshWorld {
     // What the menu hands to the operating system.
-    os::MenuRequest Shown(const cPopupMenu& menu) {
+    static os::MenuRequest Shown(const cPopupMenu& menu) {
         os::MenuRequest shown;
         os::fake::SetMenuChooser([&](const os::MenuRequest& request) {
             shown = request;
@@ -26,26 +22,25 @@ class PopupMenu : public testing::Test {
         EXPECT_EQ(menu.ShowPopupMenu(0, 0), 0);
         return shown;
     }
+
+    static cPopupMenu Restored(std::string_view stream) {
+        cPopupMenu menu;
+        menu.Restore(stream);
+        return menu;
+    }
+
+    static cPopupMenu SampleMenu() {
+        cPopupMenu menu;
+        const auto file = menu.AddMenuItem("&File", "file");
+        menu.AddMenuItem("-");
+        const auto deeper = menu.AddMenuItem("Deeper", "deeper", false, -7, file, 3);
+        menu.AddMenuItem("Deepest", "deepest", true, 0x7FFFFFFF, deeper, 0, true, false);
+        menu.AddMenuItem(std::string("zero \0 \xE9", 8), "", false, 0, file);
+        menu.MakeHeader(menu.AddMenuItem("Recent"));
+        menu.ColourScheme(kDarkScheme);
+        return menu;
+    }
 };
-
-// A stream is compared by what it restores to, and two menus by their streams.
-cPopupMenu Restored(std::string_view stream) {
-    cPopupMenu menu;
-    menu.Restore(stream);
-    return menu;
-}
-
-cPopupMenu SampleMenu() {
-    cPopupMenu menu;
-    const auto file = menu.AddMenuItem("&File", "file");
-    menu.AddMenuItem("-");
-    const auto deeper = menu.AddMenuItem("Deeper", "deeper", false, -7, file, 3);
-    menu.AddMenuItem("Deepest", "deepest", true, 0x7FFFFFFF, deeper, 0, true, false);
-    menu.AddMenuItem(std::string("zero \0 \xE9", 8), "", false, 0, file);
-    menu.MakeHeader(menu.AddMenuItem("Recent"));
-    menu.ColourScheme(kDarkScheme);
-    return menu;
-}
 
 }  // namespace
 
@@ -63,18 +58,13 @@ TEST_F(PopupMenu, IndicesStayWithTheirEntriesAndAreNotGivenAgain) {
     EXPECT_EQ(menu.IndexForKey("D"), 0);
 }
 
-TEST_F(PopupMenu, InsertingStaysInTheMenuOfTheEntryBelow) {
-    cPopupMenu menu;
-    const auto parent = menu.AddMenuItem("parent");
-    const auto child = menu.AddMenuItem("child", "", false, 0, parent);
-    const auto inserted = menu.InsertMenuItem(child, "inserted");
-    EXPECT_EQ(menu.Entries(parent), (Indices{inserted, child}));
-    EXPECT_EQ(menu.Entries(), (Indices{parent}));
-}
-
-TEST_F(PopupMenu, RemovingAnEntryTakesItsWholeSubMenu) {
+TEST_F(PopupMenu, SubMenusKeepWhatIsInsertedAndGoWithTheirEntry) {
     auto menu = SampleMenu();
-    menu.RemoveMenuItem(menu.IndexForKey("file"));
+    const auto file = menu.IndexForKey("file"), deeper = menu.IndexForKey("deeper");
+    const auto inserted = menu.InsertMenuItem(deeper, "inserted");
+    EXPECT_EQ(menu.Entries(file), (Indices{inserted, deeper, 5}));
+    EXPECT_EQ(menu.Entries(), (Indices{file, 2, 6}));
+    menu.RemoveMenuItem(file);
     EXPECT_EQ(menu.Count(), 2u);
     EXPECT_EQ(menu.IndexForKey("deepest"), 0);
 }
@@ -85,10 +75,9 @@ TEST_F(PopupMenu, AMenuHasOneDefaultEntryAtMost) {
     const auto below = menu.AddMenuItem("below", "", true, 0, first);
     const auto second = menu.AddMenuItem("second", "", true);
     EXPECT_FALSE(menu.Default(first));
-    EXPECT_TRUE(menu.Default(second));
-    EXPECT_TRUE(menu.Default(below));
     menu.Default(first, false);
     EXPECT_TRUE(menu.Default(second));
+    EXPECT_TRUE(menu.Default(below));
 }
 
 TEST_F(PopupMenu, RefusesWhatNoMenuCanHold) {
@@ -128,49 +117,67 @@ TEST_F(PopupMenu, ShowsEntriesWithTheIconsOfTheirIndices) {
     EXPECT_EQ(os::fake::LoadedIcons(), 0);
 }
 
-TEST_F(PopupMenu, TheMenuMayChangeWhileItIsOnTheScreen) {
+TEST_F(PopupMenu, TheMenuMayGoWhileItIsOnTheScreen) {
     auto menu = std::make_unique<cPopupMenu>(SampleMenu());
-    os::fake::SetMenuChooser([&](const os::MenuRequest& request) {
-        menu.reset();
-        return request.entries[4].id;
-    });
+    os::fake::SetMenuChooser(
+        [&](const os::MenuRequest& request) { return menu.reset(), request.entries[4].id; });
     EXPECT_EQ(menu->ShowPopupMenu(1, 2), 5);
 }
 
-TEST_F(PopupMenu, AStoredMenuComesBackWhole) {
-    const auto menu = SampleMenu();
-    const auto copy = Restored(menu.Store());
-    const auto a = Shown(menu), b = Shown(copy);
-    ASSERT_EQ(a.entries.size(), b.entries.size());
-    for (std::size_t i = 0; i < a.entries.size(); ++i) {
-        EXPECT_EQ(a.entries[i].caption, b.entries[i].caption);
-        EXPECT_EQ(a.entries[i].parent, b.entries[i].parent);
-        EXPECT_EQ(a.entries[i].kind, b.entries[i].kind);
+TEST_F(PopupMenu, AStoredMenuComesBackWholeWithNewNumbers) {
+    auto menu = SampleMenu();
+    menu.InsertMenuItem(1, "first", "first");  // index 7, stored as the first
+    menu.RemoveMenuItem(2);
+    auto copy = Restored(menu.Store());
+    const auto a = Shown(menu).entries, b = Shown(copy).entries;
+    ASSERT_EQ(a.size(), b.size());
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        EXPECT_EQ(a[i].caption, b[i].caption);
+        EXPECT_EQ(a[i].kind, b[i].kind);
     }
+    EXPECT_EQ(copy.IndexForKey("first"), 1);
+    EXPECT_EQ(copy.ItemParent(copy.IndexForKey("deepest")), copy.IndexForKey("deeper"));
     EXPECT_EQ(copy.ItemData(copy.IndexForKey("deeper")), -7);
     EXPECT_EQ(copy.ItemData(copy.IndexForKey("deepest")), 0x7FFFFFFF);
     EXPECT_EQ(copy.ItemIcon(copy.IndexForKey("file")), cPopupMenu::kNoIcon);
     EXPECT_EQ(copy.ColourScheme(), kDarkScheme);
     EXPECT_EQ(copy.Store(), menu.Store());
-    EXPECT_EQ(Restored(cPopupMenu().Store()).Count(), 0u);
-}
-
-TEST_F(PopupMenu, StreamsDoNotFollowTheOrderOfAdding) {
-    auto menu = SampleMenu();
-    menu.InsertMenuItem(1, "first", "first");  // index 7, stored as the first
-    menu.RemoveMenuItem(2);
-    auto copy = Restored(menu.Store());
-    EXPECT_EQ(copy.IndexForKey("first"), 1);
-    EXPECT_EQ(copy.ItemParent(copy.IndexForKey("deepest")), copy.IndexForKey("deeper"));
     EXPECT_EQ(copy.AddMenuItem("new"), 7);  // six entries came back
+    EXPECT_EQ(Restored(cPopupMenu().Store()).Count(), 0u);
 }
 
 TEST_F(PopupMenu, DamagedStreamsAreRefusedAndLeaveTheMenuAsItWas) {
     const auto good = SampleMenu().Store();
+    const auto changed = [](std::string stream, std::size_t at, char byte) {
+        stream.at(at) = byte;
+        return stream;
+    };
+    cPopupMenu two;
+    two.AddMenuItem("");
+    two.AddMenuItem("");
+    const std::size_t head = 8, entry = 16, flags = 3;  // without colours and texts
+    const auto twoDefaults = changed(changed(two.Store(), head + flags, 4), head + entry + flags, 4);
+
+    const std::size_t first = 4 + 1 + 1 + 8 * 3 + 2;  // the first entry
+    std::vector<std::pair<std::string, std::string>> cases = {
+        {good + '\0', "follows its end"},
+        {changed(good, 0, 'X'), "no menu"},
+        {changed(good, 4, 2), "another version"},
+        {changed(good, 5, 2), "colours"},
+        {changed(good, first + 1, 1), "before its parent"},
+        {changed(good, first + 2, 3), "no known kind"},
+        {changed(good, first + 2, 1), "has a sub-menu"},  // "File" as a separator
+        {changed(good, first + 3, 8), "unknown flags"},
+        {changed(good, first - 1, 7), "too early"},  // one entry more than there is
+        {twoDefaults, "two default"},
+    };
+    for (std::size_t length = 0; length < good.size(); ++length)
+        cases.emplace_back(good.substr(0, length), "too early");
+
     cPopupMenu menu;
     menu.AddMenuItem("kept", "kept");
     const auto kept = menu.Store();
-    const auto refused = [&](const std::string& stream, const char* what) {
+    for (const auto& [stream, what] : cases) {
         try {
             menu.Restore(stream);
             ADD_FAILURE() << "accepted: " << what;
@@ -178,30 +185,7 @@ TEST_F(PopupMenu, DamagedStreamsAreRefusedAndLeaveTheMenuAsItWas) {
             EXPECT_NE(std::string(error.what()).find(what), std::string::npos) << error.what();
         }
         EXPECT_EQ(menu.Store(), kept);
-    };
-    const auto changed = [&](std::size_t at, int byte) {
-        auto stream = good;
-        stream.at(at) = static_cast<char>(byte);
-        return stream;
-    };
-    for (std::size_t length = 0; length < good.size(); ++length) refused(good.substr(0, length), "too early");
-    refused(good + '\0', "follows its end");
-    refused(changed(0, 'X'), "no menu");
-    refused(changed(4, 2), "another version");
-    refused(changed(5, 2), "colours");
-    const std::size_t first = 4 + 1 + 1 + 8 * 3 + 2;  // the first entry
-    refused(changed(first + 1, 1), "before its parent");
-    refused(changed(first + 2, 3), "no known kind");
-    refused(changed(first + 2, 1), "has a sub-menu");  // "File" as a separator
-    refused(changed(first + 3, 8), "unknown flags");
-    refused(changed(first - 1, 7), "too early");  // one entry more than there is
-
-    cPopupMenu twoDefaults;
-    twoDefaults.AddMenuItem("");
-    twoDefaults.AddMenuItem("");
-    auto stream = twoDefaults.Store();
-    stream.at(8 + 3) = stream.at(8 + 16 + 3) = 4;
-    refused(stream, "two default");
+    }
 }
 
 TEST_F(PopupMenu, RefusesToStoreTextsThatTheStreamCannotHold) {
@@ -215,11 +199,13 @@ TEST_F(PopupMenu, RefusesToStoreTextsThatTheStreamCannotHold) {
 TEST(MenuLetters, ChooseTheOnlyEntryAndTakeTurnsAmongSeveral) {
     std::vector<os::MenuEntry> all(6);
     const char* captions[] = {"Settings...", "R&&D", "Set &away", "Save", "apple", "S off"};
-    for (std::size_t i = 0; i < all.size(); ++i) all[i].caption = captions[i];
+    std::vector<const os::MenuEntry*> entries;
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        all[i].caption = captions[i];
+        entries.push_back(&all[i]);
+    }
     all[3].kind = os::MenuEntryKind::Header;
     all[5].enabled = false;
-    std::vector<const os::MenuEntry*> entries;
-    for (const auto& entry : all) entries.push_back(&entry);
 
     const auto none = os::LetterHit::npos;
     const struct {
@@ -233,9 +219,9 @@ TEST(MenuLetters, ChooseTheOnlyEntryAndTakeTurnsAmongSeveral) {
         {none, 'A', 2, false},  // marked letter and first letter are worth the same
         {2, 'a', 4, false},    {4, 'a', 2, false}, {0, 's', 0, true}, {0, 'x', none, true},
     };
-    for (const auto& test : cases) {
-        const auto hit = os::FindMenuLetter(entries, test.selected, test.letter);
-        EXPECT_EQ(hit.position, test.position) << test.letter;
-        EXPECT_EQ(hit.choose, test.choose) << test.letter;
+    for (const auto& [selected, letter, position, choose] : cases) {
+        const auto hit = os::FindMenuLetter(entries, selected, letter);
+        EXPECT_EQ(hit.position, position) << letter;
+        EXPECT_EQ(hit.choose, choose) << letter;
     }
 }

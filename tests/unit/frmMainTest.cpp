@@ -1,53 +1,40 @@
 // The program as a whole, on the fakes: how it starts, what it does when a step fails, how it ends.
 #include "app/shell/frmMain.h"
 
-#include <gtest/gtest.h>
-
 #include <optional>
 
 #include "app/services/modError.h"
 #include "app/services/modRegistry.h"
 #include "base/RuntimeError.h"
-#include "os/fake/FakeClock.h"
 #include "os/fake/FakeDialog.h"
 #include "os/fake/FakeMainWindow.h"
-#include "os/fake/FakeMessageBox.h"
-#include "os/fake/FakeNetwork.h"
 #include "os/fake/FakePopupMenu.h"
 #include "os/fake/FakeProcesses.h"
 #include "os/fake/FakeRegistryStore.h"
 #include "os/fake/FakeTray.h"
-#include "os/fake/FakeWorld.h"
-#include "tests/unit/Hex.h"
+#include "tests/unit/FreshWorld.h"
+#include "tests/unit/Rig.h"
 
 namespace {
 
-constexpr std::uint16_t kPort = 11080;
-constexpr std::uint32_t kRightDown = 0x204;
-constexpr std::uint32_t kLeftDown = 0x201;
-constexpr char kProxyKey[] = "software\\America Online\\AOL Instant Messenger (TM)\\CurrentVersion\\Proxy";
+constexpr std::uint32_t kLeftDown = 0x201, kRightDown = 0x204;
+const auto kHello = Frame(1, 1, "00 00 00 01"_hex);
 
-class MainForm : public testing::Test {
- protected:
+struct MainForm : FreshWorld {
     MainForm() {
-        os::fake::ResetWorld();
-        os::fake::ResetRegistry();
-        os::fake::ResetProcesses();
-        os::fake::ResetMessageBoxes();
-        os::fake::ResetTray();
-        os::fake::ResetPopupMenu();
         os::fake::SetCommandLineArguments("d");
         form_.emplace();
     }
 
-    os::fake::Peer& ConnectClient() {
-        auto& client = os::fake::ConnectTo(kPort);
-        os::ProcessPendingEvents();
-        client.Feed("04 01 14 46 0A 00 00 05 00"_hex);
+    static os::fake::Peer& ConnectClient() {
+        auto& client = Rig::ConnectSilently();
+        client.Feed(Rig::kRequest);
         return client;
     }
     static std::string ProxyEnabled() {
-        return modRegistry::QueryValue(os::RegistryHive::CurrentUser, kProxyKey, "Enabled");
+        return modRegistry::QueryValue(
+            os::RegistryHive::CurrentUser,
+            "software\\America Online\\AOL Instant Messenger (TM)\\CurrentVersion\\Proxy", "Enabled");
     }
 
     std::optional<frmMain> form_;
@@ -66,7 +53,7 @@ TEST_F(MainForm, StartsWithItsIconSettingsAndListener) {
 
 TEST_F(MainForm, APortThatIsTakenIsToldAndTheTrayStays) {
     os::TcpListener other;
-    other.Listen(kPort);
+    other.Listen(Rig::kPort);
     form_->Form_Load();
     EXPECT_EQ(modError::OpenWindowCount(), 1u);
     const auto text = os::fake::ShownDialog("Wrenlow").Text("lblError");
@@ -76,34 +63,31 @@ TEST_F(MainForm, APortThatIsTakenIsToldAndTheTrayStays) {
     EXPECT_FALSE(form_->IsUnloaded());
 }
 
-TEST_F(MainForm, OnlyTheRightButtonOpensTheMenu) {
+TEST_F(MainForm, OnlyTheRightButtonOpensTheMenuAndCloseInItEndsTheProgram) {
     int menus = 0;
-    os::fake::SetMenuChooser([&](const os::MenuRequest&) { return ++menus, 0; });
+    os::fake::SetMenuChooser([&](const os::MenuRequest& request) {
+        ++menus;
+        return request.entries.back().id;
+    });
     form_->Form_Load();
+    auto& client = ConnectClient();
     os::fake::SendTrayCallback(kLeftDown);
     EXPECT_EQ(menus, 0);
     os::fake::SendTrayCallback(kRightDown);
     EXPECT_EQ(menus, 1);
-}
-
-TEST_F(MainForm, CloseInTheMenuEndsTheProgram) {
-    form_->Form_Load();
-    auto& client = ConnectClient();
-    os::fake::SetMenuChooser([](const os::MenuRequest& request) { return request.entries.back().id; });
-    os::fake::SendTrayCallback(kRightDown);
     EXPECT_TRUE(form_->IsUnloaded());
     EXPECT_TRUE(client.SawClose());
     EXPECT_FALSE(os::fake::ShownTrayIcon());
-    EXPECT_THROW(os::fake::ConnectTo(kPort), std::logic_error);
+    EXPECT_THROW(ConnectClient(), std::logic_error);
 }
 
-TEST_F(MainForm, TheEndOfTheSessionClosesAndRevertsEverythingAndAsksNothing) {
+TEST_F(MainForm, TheEndOfTheSessionClosesAndRevertsEverythingOnceAndAsksNothing) {
     form_->Form_Load();
     modRegistry::WriteSetting("revertsettings", "1");
     os::fake::RunningProcesses().push_back({7, "c:\\aim\\aim.exe"});
     auto& client = ConnectClient();
     ASSERT_EQ(ProxyEnabled(), "1");
-    const auto boxes = os::fake::ShownBoxes().size();
+    TakeBoxes();
 
     os::fake::TheMainWindow()->QueryEndSession();
     os::fake::TheMainWindow()->EndSession(false);
@@ -112,32 +96,23 @@ TEST_F(MainForm, TheEndOfTheSessionClosesAndRevertsEverythingAndAsksNothing) {
     EXPECT_TRUE(form_->IsUnloaded());
     EXPECT_TRUE(client.SawClose());
     EXPECT_NE(ProxyEnabled(), "1");
-    EXPECT_EQ(os::fake::ShownBoxes().size(), boxes);
+    EXPECT_EQ(TakeBoxes(), Texts());
     EXPECT_EQ(os::fake::RunningProcesses().size(), 1u);
+    const auto changes = os::fake::RegistryChanges();
+    os::fake::TheMainWindow()->CloseRequested();
+    EXPECT_EQ(os::fake::RegistryChanges(), changes);
 }
 
 TEST_F(MainForm, APeerThatTakesNothingHoldsTheEndUpForTwoSecondsAtMost) {
     form_->Form_Load();
     auto& client = ConnectClient();
-    auto& server = os::fake::Outgoing(0);
-    server.AcceptConnect();
-    os::ProcessPendingEvents();
-    client.Feed("2A 01 00 01 00 04 00 00 00 01"_hex);
+    Accept(os::fake::Outgoing(0));
+    client.Feed(kHello);
     client.LimitReceived(0);
-    server.Feed("2A 01 00 01 00 04 00 00 00 01"_hex);
+    os::fake::Outgoing(0).Feed(kHello);
     const auto begin = os::MonotonicMilliseconds();
     os::fake::TheMainWindow()->EndSession(true);
     EXPECT_EQ(os::MonotonicMilliseconds() - begin, 2000);
-}
-
-TEST_F(MainForm, ItEndsOnce) {
-    form_->Form_Load();
-    ConnectClient();
-    os::fake::TheMainWindow()->CloseRequested();
-    const auto changes = os::fake::RegistryChanges();
-    modRegistry::WriteSetting("revertsettings", "1");
-    os::fake::TheMainWindow()->EndSession(true);
-    EXPECT_EQ(os::fake::RegistryChanges(), changes + 1);
 }
 
 // A failure of any notification is reported and ends nothing; the loop goes on to the next.
@@ -145,9 +120,7 @@ TEST_F(MainForm, AFailureInAnyNotificationEndsNothing) {
     form_->Form_Load();
     const auto fail = [](auto&&...) { throw RuntimeError(5, "on purpose"); };
     os::TcpListener listener;
-    os::TcpSocket accepted;
-    os::TcpSocket connecting;
-    os::TcpSocket refused;
+    os::TcpSocket accepted, connecting, refused;
     os::Timer timer;
     auto request = [&](std::int32_t id) {
         accepted.Accept(id);

@@ -1,44 +1,29 @@
 #include "desktop/frmUpdate.h"
 
-#include <gtest/gtest.h>
-
-#include "os/EventLoop.h"
-#include "os/fake/FakeClock.h"
 #include "os/fake/FakeDialog.h"
 #include "os/fake/FakeFileDialogs.h"
 #include "os/fake/FakeFileWriter.h"
 #include "os/fake/FakeFiles.h"
-#include "os/fake/FakeMessageBox.h"
-#include "os/fake/FakeNetwork.h"
-#include "os/fake/FakeWorld.h"
+#include "tests/unit/FreshWorld.h"
+#include "tests/unit/Rig.h"
 
 namespace {
 
 using os::fake::DialogUser;
 using os::fake::Peer;
 
-constexpr const char* kFailed = "The connection to the update server failed.";
+const std::string kFailed = "The connection to the update server failed.";
 const std::string kOk = "HTTP/1.1 200 OK\r\n";
 const std::string kOffer = kOk + "\r\nUpdate: 18 /get/setup.exe C:\\a/../..\\setup18.exe\r\n";
+const std::string kPlace = "/program/chosen.exe", kTemporary = "/program/chosen.exe.0.tmp";
 
-class Update : public testing::Test {
- protected:
-    void SetUp() override {
-        os::fake::ResetWorld();
-        os::fake::ResetMessageBoxes();
-        os::fake::ResetFileDialogs();
-        os::fake::ResetFileWriters();
-        os::fake::SetProgram("/program", "wrenlow");
-        form = std::make_unique<frmUpdate>("update.example:8080");
-    }
-
+struct Update : FreshWorld {
     // The server's side of the connection that was made last.
-    Peer& Server() { return os::fake::Outgoing(os::fake::OutgoingCount() - 1); }
+    static Peer& Server() { return Rig::LastServer(); }
 
     void Check(bool bShow, const std::string& reply) {
         form->CheckForUpdate(bShow);
-        Server().AcceptConnect();
-        os::ProcessPendingEvents();
+        Accept(Server());
         Server().Feed(reply);
     }
 
@@ -49,13 +34,7 @@ class Update : public testing::Test {
         Check(false, kOffer);
         os::fake::AnswerSaveFile(std::move(place));
         User().Press("cmdDownload");
-        Server().AcceptConnect();
-        os::ProcessPendingEvents();
-    }
-
-    std::string OnlyBox() {
-        const auto& boxes = os::fake::ShownBoxes();
-        return boxes.size() == 1 ? boxes.front().text : std::to_string(boxes.size()) + " boxes";
+        Accept(Server());
     }
 
     bool IsBackAtTheOffer() {
@@ -63,17 +42,13 @@ class Update : public testing::Test {
                os::fake::OpenSocketCount() == 0;
     }
 
-    std::unique_ptr<frmUpdate> form;
+    std::unique_ptr<frmUpdate> form = std::make_unique<frmUpdate>("update.example:8080");
 };
 
-constexpr const char* kPlace = "/program/chosen.exe";
-
 TEST_F(Update, AsksByExactlyThisRequest) {
-    form->CheckForUpdate(false);
+    Check(false, "");
     EXPECT_EQ(Server().Host(), "update.example");
     EXPECT_EQ(Server().Port(), 8080);
-    Server().AcceptConnect();
-    os::ProcessPendingEvents();
     EXPECT_EQ(Server().Received(),
               "GET /wrenlow/latest_version.php HTTP/1.1\r\nHost: update.example\r\n\r\n");
     frmUpdate plain("update.example");
@@ -83,67 +58,53 @@ TEST_F(Update, AsksByExactlyThisRequest) {
 
 TEST_F(Update, ABuildWithoutServerNeverConnects) {
     for (const char* server : {"", ":80", "update.example:", "update.example:x"}) {
-        os::fake::ResetMessageBoxes();
         frmUpdate without{std::string(server)};
         without.CheckForUpdate(false);
-        EXPECT_TRUE(os::fake::ShownBoxes().empty());
+        EXPECT_EQ(TakeBoxes(), Texts()) << server;
         without.CheckForUpdate(true);
-        EXPECT_EQ(OnlyBox(), "This build of Wrenlow has no update server.") << server;
+        EXPECT_EQ(TakeBoxes(), Texts{"This build of Wrenlow has no update server."}) << server;
     }
     EXPECT_EQ(os::fake::OutgoingCount(), 0u);
 }
 
 TEST_F(Update, TellsTheOutcomeOnlyToWhomAsked) {
-    struct Case {
-        std::string reply;
-        const char* told;  // after a check that the user asked for; "" for nothing
+    const auto refuse = [] { Server().RefuseConnect(); };
+    const auto answer = [](const std::string& reply) {
+        return [reply] { Accept(Server()), Server().Send(reply), Server().Close(); };
     };
-    const Case cases[] = {
-        {kOk + "\r\nUpdate: 17 /a b\r\n", "There are no new updates at this time."},
-        {"HTTP/1.1 404 Not Found\r\n\r\n", kFailed},
-        {kOk + "Content-Length: 4\r\n\r\nnone", ""},
-        {kOk + "\r\nUpdate: soon /a b\r\n", ""},
+    const struct {
+        std::string outcome;
+        std::function<void()> happens;
+        Texts told;
+    } cases[] = {
+        {"up to date", answer(kOk + "\r\nUpdate: 17 /a b\r\n"), {"There are no new updates at this time."}},
+        {"no page", answer("HTTP/1.1 404 Not Found\r\n\r\n"), {kFailed}},
+        {"no offer", answer(kOk + "Content-Length: 4\r\n\r\nnone"), {}},
+        {"no number", answer(kOk + "\r\nUpdate: soon /a b\r\n"), {}},
+        {"cut off", answer(kOk + "\r\nUpdate: 18 /x"), {kFailed}},
+        {"refused", refuse, {kFailed}},
+        {"never answers", [] { os::fake::AdvanceClock(frmUpdate::kCheckLimitMs); }, {kFailed}},
     };
-    for (const auto& one : cases) {
+    for (const auto& [outcome, happens, told] : cases) {
         for (const bool bShow : {false, true}) {
-            os::fake::ResetMessageBoxes();
-            Check(bShow, one.reply);
-            EXPECT_FALSE(form->Window().IsShown()) << one.reply;
-            EXPECT_EQ(OnlyBox(), bShow && *one.told ? one.told : "0 boxes") << one.reply;
-            EXPECT_EQ(os::fake::OpenSocketCount(), 0u) << one.reply;
+            form->CheckForUpdate(bShow);
+            os::fake::AdvanceClock(0);
+            happens();
+            os::ProcessPendingEvents();
+            EXPECT_FALSE(form->Window().IsShown()) << outcome;
+            EXPECT_EQ(TakeBoxes(), bShow ? told : Texts()) << outcome;
+            EXPECT_EQ(os::fake::OpenSocketCount(), 0u) << outcome;
         }
     }
-}
-
-TEST_F(Update, AServerThatFailsInAnyWayIsAConnectionThatFailed) {
     form->CheckForUpdate(true);
-    Server().RefuseConnect();
-    os::ProcessPendingEvents();
-    EXPECT_EQ(OnlyBox(), kFailed);
-
-    os::fake::ResetMessageBoxes();
-    form->CheckForUpdate(true);
-    Server().AcceptConnect();
-    Server().Send(kOk + "\r\nUpdate: 18 /x");
-    Server().Close();
-    os::ProcessPendingEvents();
-    EXPECT_EQ(OnlyBox(), kFailed);
-
-    os::fake::ResetMessageBoxes();
-    form->CheckForUpdate(true);  // never answers
     os::fake::AdvanceClock(frmUpdate::kCheckLimitMs - 1);
-    EXPECT_EQ(OnlyBox(), "0 boxes");
-    os::fake::AdvanceClock(1);
-    EXPECT_EQ(OnlyBox(), kFailed);
-    EXPECT_EQ(os::fake::OpenSocketCount(), 0u);
+    EXPECT_EQ(TakeBoxes(), Texts()) << "given up too early";
 }
 
 TEST_F(Update, ASecondCheckStartsAnew) {
-    form->CheckForUpdate(true);
-    Server().AcceptConnect();
-    Server().Feed("HTTP/1.1 200");
+    Check(true, "HTTP/1.1 200");
     Check(false, kOk + "\r\nUpdate: 17\r\n");
-    EXPECT_EQ(OnlyBox(), "0 boxes");
+    EXPECT_EQ(TakeBoxes(), Texts());
     EXPECT_EQ(os::fake::OpenSocketCount(), 0u);
 }
 
@@ -156,22 +117,16 @@ TEST_F(Update, AnotherVersionIsOfferedAndTheConnectionClosed) {
 }
 
 TEST_F(Update, AsksForTheFileThenForItsPlaceAndReadsNothingMeanwhile) {
-    Check(false, kOffer);
-    os::fake::AnswerSaveFile(kPlace);
     os::fake::SetDuringSaveFile([&] {
         EXPECT_EQ(Server().Received(), "GET /get/setup.exe HTTP/1.1\r\nHost: update.example\r\n\r\n");
         Server().Send(kOk + "Content-Length: 3\r\n\r\nabc");
-        Server().Close();
-        os::ProcessPendingEvents();
+        End(Server());
         EXPECT_TRUE(User().Sees("lblConnect"));
         EXPECT_FALSE(User().Sees("cmdDownload"));
         form->CheckForUpdate(true);  // must not disturb
         EXPECT_EQ(os::fake::OutgoingCount(), 2u);
     });
-    User().Press("cmdDownload");
-    Server().AcceptConnect();
-    os::ProcessPendingEvents();
-
+    BeginDownload(kPlace);
     ASSERT_EQ(os::fake::AskedSaveFiles().size(), 1u);
     const auto& asked = os::fake::AskedSaveFiles().front();
     EXPECT_EQ(asked.title, "Save Setup File");
@@ -179,8 +134,7 @@ TEST_F(Update, AsksForTheFileThenForItsPlaceAndReadsNothingMeanwhile) {
     EXPECT_EQ(asked.owner, form->Window().Handle());
     EXPECT_EQ(os::fake::FileText(kPlace), "abc");
     EXPECT_TRUE(os::fake::IsMarkedFromInternet(kPlace));
-    EXPECT_EQ(OnlyBox(), "Download complete. Close Wrenlow and run the setup.");
-    EXPECT_EQ(os::fake::ShownBoxes().front().title, "Download Complete");
+    EXPECT_EQ(TakeBoxes(), Texts{"Download complete. Close Wrenlow and run the setup."});
 }
 
 TEST_F(Update, ShowsProgressAndRateAndPutsTheFileInPlaceAtTheEnd) {
@@ -196,7 +150,7 @@ TEST_F(Update, ShowsProgressAndRateAndPutsTheFileInPlaceAtTheEnd) {
     EXPECT_EQ(form->Window().Text("lblRate"), "100 KB/s");
     Server().Feed(std::string(197'600, 'b'));
     EXPECT_EQ(os::fake::FileText(kPlace), std::string(102'400, 'a') + std::string(197'600, 'b'));
-    EXPECT_FALSE(os::fake::FileText(std::string(kPlace) + ".0.tmp"));
+    EXPECT_FALSE(os::fake::FileText(kTemporary));
     EXPECT_FALSE(form->Window().IsShown());
 }
 
@@ -205,8 +159,7 @@ TEST_F(Update, WithoutALengthTheFileEndsWithTheConnection) {
     Server().Feed(kOk + "\r\nabc");
     EXPECT_EQ(form->Window().Text("lblProgress"), "3");
     EXPECT_FALSE(User().Sees("prgDownload"));
-    Server().Close();
-    os::ProcessPendingEvents();
+    End(Server());
     EXPECT_EQ(os::fake::FileText(kPlace), "abc");
 }
 
@@ -224,64 +177,47 @@ TEST_F(Update, CancelAnywhereGoesBackToTheOfferAndLeavesNothing) {
     User().PressEscape();
     EXPECT_TRUE(IsBackAtTheOffer());
 
-    EXPECT_FALSE(os::fake::FileText(kPlace));
-    EXPECT_FALSE(os::fake::FileText(std::string(kPlace) + ".0.tmp"));
-    EXPECT_EQ(OnlyBox(), "0 boxes");
+    EXPECT_FALSE(os::fake::FileText(kPlace) || os::fake::FileText(kTemporary));
+    EXPECT_EQ(TakeBoxes(), Texts());
 }
 
 TEST_F(Update, AFailedDownloadSaysSoAndLeavesTheOldFileAlone) {
     const std::string head = kOk + "Content-Length: 6\r\n\r\nabc";
-    const auto lost = [&] { Server().Reset(); };
-    const auto cut = [&] {
-        Server().Send(head);
-        Server().Close();
-    };
-    const auto refused = [&] { Server().Send("HTTP/1.1 404 Not Found\r\n\r\nsorry"); };
-    const auto chunked = [&] {
-        Server().Send(kOk + "Transfer-Encoding: chunked\r\n\r\n3\r\nabc\r\n0\r\n\r\n");
-    };
-    const auto full = [&] {
-        os::fake::FailWritersAfter(2, 112);
-        Server().Send(head);
-    };
-    struct Case {
+    const std::string noFile = "The update server did not send the file.";
+    const struct {
         std::function<void()> happens;
-        const char* told;
-    };
-    const Case cases[] = {
-        {lost, kFailed},
-        {cut, "The connection ended before the whole file was there."},
-        {refused, "The update server did not send the file."},
-        {chunked, "The update server did not send the file."},
-        {full, "The file could not be saved: Disk full."},
+        std::string told;
+        std::string place = kPlace;
+    } cases[] = {
+        {[] { Server().Reset(); }, kFailed},
+        {[&] { Server().Send(head), Server().Close(); },
+         "The connection ended before the whole file was there."},
+        {[] { Server().Send("HTTP/1.1 404 Not Found\r\n\r\nsorry"); }, noFile},
+        {[] { Server().Send(kOk + "Transfer-Encoding: chunked\r\n\r\n3\r\nabc\r\n0\r\n\r\n"); }, noFile},
+        {[&] { os::fake::FailWritersAfter(2, 112), Server().Send(head); },
+         "The file could not be saved: Disk full."},
+        {[] {}, "The file could not be saved: Path not found", "/nowhere/setup.exe"},
     };
     os::fake::PutFile(kPlace, "old");
-    for (const auto& one : cases) {
-        os::fake::ResetMessageBoxes();
-        BeginDownload(kPlace);
-        one.happens();
+    for (const auto& [happens, told, place] : cases) {
+        BeginDownload(place);
+        happens();
         os::ProcessPendingEvents();
-        EXPECT_EQ(OnlyBox(), one.told);
-        EXPECT_TRUE(IsBackAtTheOffer()) << one.told;
-        EXPECT_EQ(os::fake::FileText(kPlace), "old") << one.told;
-        EXPECT_FALSE(os::fake::FileText(std::string(kPlace) + ".0.tmp")) << one.told;
+        EXPECT_EQ(TakeBoxes(), Texts{told});
+        EXPECT_TRUE(IsBackAtTheOffer()) << told;
+        EXPECT_EQ(os::fake::FileText(kPlace), "old") << told;
+        EXPECT_FALSE(os::fake::FileText(kTemporary)) << told;
     }
-}
-
-TEST_F(Update, AFolderThatCannotBeWrittenToSaysSo) {
-    BeginDownload("/nowhere/setup.exe");
-    EXPECT_EQ(OnlyBox(), "The file could not be saved: Path not found");
-    EXPECT_TRUE(IsBackAtTheOffer());
 }
 
 TEST_F(Update, AConnectionLostWhileTheUserChoosesIsToldAfterwards) {
     os::fake::SetDuringSaveFile([&] {
         Server().Reset();
         os::ProcessPendingEvents();
-        EXPECT_EQ(OnlyBox(), "0 boxes");
+        EXPECT_EQ(TakeBoxes(), Texts());
     });
     BeginDownload(kPlace);
-    EXPECT_EQ(OnlyBox(), kFailed);
+    EXPECT_EQ(TakeBoxes(), Texts{kFailed});
     EXPECT_TRUE(IsBackAtTheOffer());
 }
 

@@ -10,79 +10,80 @@ using namespace modAwayIdleProf;
 
 namespace {
 
-const auto kTextType = "00 1F 'text/aolrtf; charset=\"us-ascii\"'"_hex;
+const auto kSnacHead = "00 02 00 06 00 00 12 34 56 78"_hex;
 
-ByteString ReplyData(const ByteString& tlvs) {
+// The data of a reply, and what becomes of them.
+ByteString Reply(const ByteString& tlvs) {
     return "04 'Fred' 00 00 00 01"_hex + Tlv(1, "00 10"_hex) + tlvs;
 }
-
-// The data of the reply after SeeProfileHtml.
-ByteString Shown(const ByteString& data) {
-    const auto head = "00 02 00 06 00 00 12 34 56 78"_hex;
+clsHeaderFLAP Received(const ByteString& data) {
     clsHeaderFLAP flap;
-    flap.Create(2, head + data);
-    SeeProfileHtml(flap);
-    EXPECT_EQ(flap.Data().substr(0, head.size()), head);
-    EXPECT_EQ(flap.DataLen(), static_cast<std::int32_t>(flap.Data().size()));
-    return flap.Data().substr(head.size());
+    flap.Create(2, kSnacHead + data);
+    return flap;
+}
+
+// A profile and its source below it.
+ByteString Shown(const std::string& profile, const std::string& source) {
+    return Tlv(2, profile +
+                      "<br></body></center><body bgcolor=\"#ffffff\"></font><hr><font face=\"fixedsys\">" +
+                      source);
 }
 
 }  // namespace
 
-TEST(modAwayIdleProf, AwayFramesAreBuiltToTheByte) {
-    const auto head = "00 02 00 04 00 00 00 00 00 00 00 03"_hex + kTextType;
-    const auto away = MakeAwayFlap("gone <B>");
-    EXPECT_EQ(away.ChannelID(), 2);
-    EXPECT_EQ(away.Data(), head + "00 04 00 08 'gone <B>'"_hex);
-    EXPECT_EQ(away.DataLen(), 57);
-    EXPECT_EQ(MakeAwayFlap("").Data(), head + "00 04 00 00"_hex);
-}
-
-TEST(modAwayIdleProf, ProfileFramesAreBuiltToTheByte) {
-    const std::string profile(300, 'x');
-    EXPECT_EQ(MakeProfileFlap(profile).Data(),
-              "00 02 00 04 00 00 00 00 00 00 00 01"_hex + kTextType + "00 02 01 2C"_hex + profile);
+TEST(modAwayIdleProf, FramesAreBuiltToTheByte) {
+    const auto type = "00 1F 'text/aolrtf; charset=\"us-ascii\"'"_hex;
+    const auto information = Snac(2, 4, ""), idle = Snac(1, 0x11, "");
+    const struct {
+        clsHeaderFLAP flap;
+        ByteString data;
+    } cases[] = {
+        {MakeAwayFlap("gone <B>"), information + "00 03"_hex + type + "00 04 00 08 'gone <B>'"_hex},
+        {MakeAwayFlap(""), information + "00 03"_hex + type + "00 04 00 00"_hex},
+        {MakeProfileFlap(std::string(300, 'x')),
+         information + "00 01"_hex + type + "00 02 01 2C"_hex + std::string(300, 'x')},
+        {MakeIdleFlap(0), idle + "00 00 00 00"_hex},
+        {MakeIdleFlap(1), idle + "00 00 00 3C"_hex},
+        {MakeIdleFlap(kMostIdleMinutes), idle + "00 00 FF F0"_hex},
+    };
+    for (const auto& [flap, data] : cases) {
+        EXPECT_EQ(flap.ChannelID(), 2);
+        EXPECT_EQ(flap.Data(), data);
+        EXPECT_EQ(flap.DataLen(), static_cast<std::int32_t>(data.size()));
+    }
 }
 
 TEST(modAwayIdleProf, IdleTimeEndsWhereItsSecondsPass16Bits) {
-    const auto head = "00 01 00 11 00 00 00 00 00 00"_hex;
-    EXPECT_EQ(MakeIdleFlap(0).Data(), head + "00 00 00 00"_hex);
-    EXPECT_EQ(MakeIdleFlap(1).Data(), head + "00 00 00 3C"_hex);
-    EXPECT_EQ(MakeIdleFlap(kMostIdleMinutes).Data(), head + "00 00 FF F0"_hex);
     for (const std::int32_t minutes : {1093, 65535, -1, 0x7FFFFFFF, -0x7FFFFFFF}) {
         EXPECT_THROW(MakeIdleFlap(minutes), RuntimeError) << minutes;
     }
 }
 
-TEST(modAwayIdleProf, AProfileShowsItsSource) {
-    EXPECT_EQ(Shown(ReplyData(Tlv(2, "<b>x</b> & >"))),
-              ReplyData(Tlv(2,
-                            "<b>x</b> & ><br></body></center><body bgcolor=\"#ffffff\"></font><hr>"
-                            "<font face=\"fixedsys\">&lt;b>x&lt;/b> & >")));
-}
-
-TEST(modAwayIdleProf, OnlyTheLastProfileOfAReplyIsRewritten) {
-    const auto shown = Shown(ReplyData(Tlv(2, "a") + Tlv(2, "b") + Tlv(4, "away")));
-    EXPECT_EQ(shown, ReplyData(Tlv(2, "a") +
-                               Tlv(2,
-                                   "b<br></body></center><body bgcolor=\"#ffffff\"></font><hr>"
-                                   "<font face=\"fixedsys\">b") +
-                               Tlv(4, "away")));
-}
-
-TEST(modAwayIdleProf, RepliesWithoutAProfileKeepTheirContent) {
-    for (const auto& data : {ReplyData(""), ReplyData(Tlv(4, "away")), "00 00 00 00 00"_hex}) {
-        EXPECT_EQ(Shown(data), data);
+TEST(modAwayIdleProf, TheLastProfileOfAReplyShowsItsSource) {
+    const struct {
+        const char* name;
+        ByteString data, shown;
+    } cases[] = {
+        {"one", Reply(Tlv(2, "<b>x</b> & >")), Reply(Shown("<b>x</b> & >", "&lt;b>x&lt;/b> & >"))},
+        {"the last of two", Reply(Tlv(2, "a") + Tlv(2, "b") + Tlv(4, "away")),
+         Reply(Tlv(2, "a") + Shown("b", "b") + Tlv(4, "away"))},
+        {"no TLVs", Reply(""), Reply("")},
+        {"only an away message", Reply(Tlv(4, "away")), Reply(Tlv(4, "away"))},
+        {"no name", "00 00 00 00 00"_hex, "00 00 00 00 00"_hex},
+    };
+    for (const auto& [name, data, shown] : cases) {
+        auto flap = Received(data);
+        SeeProfileHtml(flap);
+        EXPECT_EQ(flap.Data(), kSnacHead + shown) << name;
+        EXPECT_EQ(flap.DataLen(), static_cast<std::int32_t>(flap.Data().size())) << name;
     }
 }
 
 TEST(modAwayIdleProf, AReplyThatEndsTooEarlyOrGrowsTooLargeFailsUnchanged) {
     for (const auto& data : {""_hex, "05 'Fred' 00 00 00 00"_hex, "04 'Fred' 00 00 00 01 00 02 00"_hex,
-                             ReplyData(Tlv(2, ByteString(40000, '<')))}) {
-        clsHeaderFLAP flap;
-        flap.Create(2, "00 02 00 06 00 00 00 00 00 00"_hex + data);
-        const auto before = flap.Data();
+                             Reply(Tlv(2, ByteString(40000, '<')))}) {
+        auto flap = Received(data);
         EXPECT_THROW(SeeProfileHtml(flap), RuntimeError);
-        EXPECT_EQ(flap.Data(), before);
+        EXPECT_EQ(flap.Data(), kSnacHead + data);
     }
 }

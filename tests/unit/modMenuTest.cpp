@@ -1,32 +1,16 @@
 #include "app/shell/modMenu.h"
 
-#include <gtest/gtest.h>
-
-#include "app/services/SharedForm.h"
 #include "os/fake/FakeDialog.h"
-#include "os/fake/FakeMessageBox.h"
 #include "os/fake/FakePopupMenu.h"
 #include "os/fake/FakeShell.h"
 #include "os/fake/FakeTray.h"
-#include "os/fake/FakeWorld.h"
+#include "tests/unit/FreshWorld.h"
 #include "tests/unit/Rig.h"
 
 namespace {
 
-class TrayMenu : public testing::Test {
- protected:
-    TrayMenu() { Reset(); }
-    ~TrayMenu() override { Reset(); }
-
-    static void Reset() {
-        os::fake::ResetWorld();
-        os::fake::ResetTray();
-        os::fake::ResetPopupMenu();
-        os::fake::ResetMessageBoxes();
-        os::fake::ResetShell();
-        modMenu::CloseChosen().Reset();
-        UnloadForms();
-    }
+struct TrayMenu : FreshWorld {
+    ~TrayMenu() override { modMenu::CloseChosen().Reset(); }
 
     // The menu as a drawing: one line for each entry, indented in sub-menus, with icon index and key.
     static std::string Drawn(const cPopupMenu& menu, std::int32_t parent = 0,
@@ -47,10 +31,11 @@ class TrayMenu : public testing::Test {
 
 }  // namespace
 
-TEST_F(TrayMenu, HasTheEntriesInTheirOrderAndSubMenus) {
+TEST_F(TrayMenu, HasTheEntriesInTheirOrderAndSubMenusWithTheirIcons) {
     modMenu::LoadMenuIcons(images_);
     const auto host = modMenu::BuildTrayMenu(77, 0x55, images_);
-    EXPECT_EQ(Drawn(host->PopupMenuObject()),
+    const auto& menu = host->PopupMenuObject();
+    EXPECT_EQ(Drawn(menu),
               "Screenname Replacer... [8] snreplace\n"
               "-\n"
               "Edit Profile... [9] editprofile\n"
@@ -69,12 +54,9 @@ TEST_F(TrayMenu, HasTheEntriesInTheirOrderAndSubMenus) {
               "Close [3] close\n");
     EXPECT_EQ(os::fake::ShownTip(), "Wrenlow");
     EXPECT_EQ(os::fake::ShownTrayIcon()->icon, 0x55u);
-    // Every icon that the menu asks for is there.
     os::fake::SetMenuChooser([&](const os::MenuRequest& request) {
-        for (const auto& entry : request.entries) {
-            const bool asks = host->PopupMenuObject().ItemIcon(entry.id) != cPopupMenu::kNoIcon;
-            EXPECT_EQ(entry.icon != 0, asks) << entry.caption;
-        }
+        for (const auto& entry : request.entries)
+            EXPECT_EQ(entry.icon != 0, menu.ItemIcon(entry.id) != cPopupMenu::kNoIcon) << entry.caption;
         return 0;
     });
     host->ShowMenu();
@@ -85,44 +67,38 @@ TEST_F(TrayMenu, AFormWithoutAnIconLeavesTheHostItsOwn) {
     EXPECT_NE(os::fake::ShownTrayIcon()->icon, 0u);
 }
 
-TEST_F(TrayMenu, EachDialogCommandOpensItsDialogOnce) {
-    Rig rig;
-    rig.SignOn("My Name");
+TEST_F(TrayMenu, EachCommandOpensItsDialogOnceIfSomebodyIsSignedOnWhereThatIsNeeded) {
     const struct {
         const char* key;
         const char* caption;
+        bool needsSession;
     } cases[] = {
-        {"snreplace", "Screenname Replacer"},
-        {"editprofile", "Edit Profile"},
-        {"setaway", "Set Away Message"},
-        {"setback", "Remove Away Message"},
-        {"setidle", "Set Idle Time"},
-        {"noidle", "Unidle"},
-        {"settings", "Settings"},
-        {"bug", "Reprot A Bug"},
+        {"snreplace", "Screenname Replacer", true},
+        {"editprofile", "Edit Profile", true},
+        {"setaway", "Set Away Message", true},
+        {"setback", "Remove Away Message", true},
+        {"setidle", "Set Idle Time", true},
+        {"noidle", "Unidle", true},
+        {"settings", "Settings", false},
+        {"bug", "Reprot A Bug", false},  // in no menu, but a command as ever
     };
-    for (const auto& test : cases) {
-        modMenu::DoMenuCommand(test.key);
-        EXPECT_EQ(os::fake::ShownDialogCount(test.caption), 1) << test.key;
-        modMenu::DoMenuCommand(test.key);  // brings the open one forward
-        EXPECT_EQ(os::fake::ShownDialogCount(test.caption), 1) << test.key;
-    }
-    EXPECT_TRUE(os::fake::ShownBoxes().empty());
-    EXPECT_TRUE(rig.Reports().empty());
-}
-
-TEST_F(TrayMenu, ACommandForASessionIsRefusedWhileNobodyIsSignedOn) {
     Rig rig;
-    for (const char* key : {"editprofile", "setaway", "setback", "setidle", "noidle"}) {
-        os::fake::ResetMessageBoxes();
-        modMenu::DoMenuCommand(key);
-        ASSERT_EQ(os::fake::ShownBoxes().size(), 1u) << key;
-        EXPECT_EQ(os::fake::ShownBoxes().front().icon, os::BoxIcon::Error) << key;
+    rig.ConnectTalking();  // a connection is not enough
+    for (const bool signedOn : {false, true}) {
+        if (signedOn) rig.SignOn("My Name");
+        for (const auto& [key, caption, needsSession] : cases) {
+            modMenu::DoMenuCommand(key);
+            const bool opens = signedOn || !needsSession;
+            EXPECT_EQ(os::fake::ShownDialogCount(caption), opens ? 1 : 0) << key;
+            EXPECT_EQ(TakeBoxes().size(), opens ? 0u : 1u) << key;
+            if (opens) modMenu::DoMenuCommand(key);  // brings the open one forward
+            EXPECT_EQ(os::fake::ShownDialogCount(caption), opens ? 1 : 0) << key;
+        }
     }
     EXPECT_TRUE(rig.Reports().empty());
 }
 
-TEST_F(TrayMenu, CloseAsksTheMainFormToUnload) {
+TEST_F(TrayMenu, OnlyCloseAsksTheMainFormToUnload) {
     int closed = 0;
     auto close = [&] { ++closed; };
     modMenu::CloseChosen().Bind(close);
@@ -130,29 +106,23 @@ TEST_F(TrayMenu, CloseAsksTheMainFormToUnload) {
     EXPECT_EQ(closed, 0);
     modMenu::DoMenuCommand("close");
     EXPECT_EQ(closed, 1);
-    EXPECT_TRUE(os::fake::ShownBoxes().empty());
+    EXPECT_EQ(TakeBoxes(), Texts());
 }
 
 TEST_F(TrayMenu, TheAboutBoxNamesVersionAuthorAndHomePage) {
     modMenu::DoMenuCommand("about");
     ASSERT_EQ(os::fake::ShownBoxes().size(), 1u);
-    const auto& box = os::fake::ShownBoxes().front();
-    EXPECT_EQ(box.title, "About Wrenlow");
-    EXPECT_EQ(box.icon, os::BoxIcon::Information);
-    EXPECT_EQ(box.buttons, os::BoxButtons::Ok);
+    EXPECT_EQ(os::fake::ShownBoxes().front().title, "About Wrenlow");
+    EXPECT_EQ(os::fake::ShownBoxes().front().icon, os::BoxIcon::Information);
     EXPECT_EQ(modMenu::AboutText("A. Wren", "https://wrenlow.example/"),
               "Wrenlow 2.0.17\r\nby A. Wren\r\nhttps://wrenlow.example/");
     EXPECT_NE(modMenu::AboutText("", "").find("names no home page"), std::string::npos);
 }
 
 TEST_F(TrayMenu, AMissingOrUselessAddressIsToldInsteadOfOpened) {
-    modMenu::OpenMakerPage("https://wrenlow.example/forum", "forum");
-    EXPECT_EQ(os::fake::OpenedPages(), std::vector<std::string>{"https://wrenlow.example/forum"});
-    EXPECT_TRUE(os::fake::ShownBoxes().empty());
-    modMenu::OpenMakerPage("", "forum");
-    modMenu::OpenMakerPage("C:\\forum.exe", "forum");
-    EXPECT_EQ(os::fake::OpenedPages().size(), 1u);
-    ASSERT_EQ(os::fake::ShownBoxes().size(), 2u);
-    EXPECT_EQ(os::fake::ShownBoxes()[0].text, "This build of Wrenlow names no forum.");
-    EXPECT_EQ(os::fake::ShownBoxes()[1].text, "The forum cannot be opened:\r\nC:\\forum.exe");
+    for (const char* page : {"https://wrenlow.example/forum", "", "C:\\forum.exe"})
+        modMenu::OpenMakerPage(page, "forum");
+    EXPECT_EQ(os::fake::OpenedPages(), Texts{"https://wrenlow.example/forum"});
+    EXPECT_EQ(TakeBoxes(), (Texts{"This build of Wrenlow names no forum.",
+                                  "The forum cannot be opened:\r\nC:\\forum.exe"}));
 }

@@ -1,16 +1,15 @@
 #include "app/services/modRegistry.h"
 
-#include <gtest/gtest.h>
-
 #include "os/fake/FakeRegistryStore.h"
+#include "tests/unit/FreshWorld.h"
 #include "tests/unit/Hex.h"
 
 namespace {
 constexpr auto kHive = os::RegistryHive::CurrentUser;
-}
+struct modRegistryTest : FreshWorld {};
+}  // namespace
 
-TEST(modRegistry, TurnsEachKindOfValueIntoText) {
-    using os::RegistryValue;
+TEST_F(modRegistryTest, EachKindOfValueIsReadAsText) {
     namespace Type = os::RegistryType;
     const struct {
         std::uint32_t type;
@@ -30,22 +29,18 @@ TEST(modRegistry, TurnsEachKindOfValueIntoText) {
         {Type::DWord, ByteString(900, '\xFF'), "4294967295"},
         {77, "x", ""},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(modRegistry::ValueAsText({c.type, c.data}), c.text)
-            << c.type << " " << HexDump(c.data).substr(0, 40);
+    for (const auto& [type, data, text] : cases) {
+        EXPECT_EQ(modRegistry::ValueAsText({type, data}), text) << type << " " << HexDump(data).substr(0, 40);
     }
 }
 
-TEST(modRegistry, NeverHoldsAnEmptyString) {
-    os::fake::ResetRegistry();
+TEST_F(modRegistryTest, AValueIsNeverAnEmptyString) {
     EXPECT_EQ(modRegistry::ReadSetting("logims"), "");
     EXPECT_TRUE(modRegistry::WriteSetting("logims", ""));
-    EXPECT_EQ(modRegistry::ReadSetting("logims"), " ");
     EXPECT_EQ(modRegistry::QueryValue(kHive, "SOFTWARE\\wrenlow", "LogIMs"), " ");
 }
 
-TEST(modRegistry, ANumberIsAlwaysFourBytes) {
-    os::fake::ResetRegistry();
+TEST_F(modRegistryTest, ANumberIsAlwaysFourBytes) {
     for (const auto& [data, stored] :
          {std::pair{"05"_hex, "05 00 00 00"_hex}, std::pair{"01 02 03 04 05"_hex, "01 02 03 04"_hex}}) {
         modRegistry::SetValue(kHive, "key", "name", data, os::RegistryType::DWord);
@@ -53,18 +48,15 @@ TEST(modRegistry, ANumberIsAlwaysFourBytes) {
     }
 }
 
-TEST(modRegistry, AValueOfAThousandAndTwentyFourBytesReadsAsNothing) {
-    os::fake::ResetRegistry();
+TEST_F(modRegistryTest, AValueOfAThousandAndTwentyFourBytesReadsAsNothing) {
     for (const std::size_t length : {1023u, 1024u}) {
         modRegistry::WriteSetting("logwhere", std::string(length, 'x'));
         EXPECT_EQ(modRegistry::ReadSetting("logwhere").size(), length == 1023 ? length : 0);
     }
 }
 
-TEST(modRegistry, FailuresComeOutAsFalse) {
-    os::fake::ResetRegistry();
+TEST_F(modRegistryTest, FailuresComeOutAsFalse) {
     EXPECT_FALSE(modRegistry::DeleteValue(kHive, modRegistry::kSettingsKey, "missing"));
     os::fake::FailRegistryWrites(true);
     EXPECT_FALSE(modRegistry::WriteSetting("logims", "1"));
-    os::fake::ResetRegistry();
 }

@@ -1,27 +1,20 @@
 #include "desktop/modTrans.h"
 
-#include <gtest/gtest.h>
+#include <algorithm>
 
 #include "app/services/modRegistry.h"
 #include "os/fake/FakeRegistryStore.h"
 #include "os/fake/FakeTopWindows.h"
+#include "tests/unit/FreshWorld.h"
 
 namespace {
 
 using os::fake::OpenTopWindow;
 using os::fake::TopWindowAt;
 
-class Trans : public testing::Test {
- protected:
-    void SetUp() override {
-        os::fake::ResetRegistry();
-        os::fake::ResetTopWindows();
-        Set("0000", "50");
-    }
-    void TearDown() override {
-        SetUp();
-        modTrans::LoadTransSettings();
-    }
+struct Trans : FreshWorld {
+    Trans() { Set("0000", "50"); }
+    ~Trans() override { Set("0000", "50"); }
 
     // One digit for each kind, and the amount; put in force as Apply does.
     static void Set(const char* kinds, const std::string& amount) {
@@ -32,38 +25,34 @@ class Trans : public testing::Test {
         modTrans::LoadTransSettings();
     }
 
-    // -1 for a window that is no layered one.
+    static constexpr int kNotLayered = -1;
     static int AlphaAt(os::WindowHandle window) {
         const auto alpha = TopWindowAt(window).alpha;
-        return alpha ? *alpha : -1;
+        return alpha ? *alpha : kNotLayered;
     }
 };
 
 TEST_F(Trans, TitlesAreTestedExactlyAtTheirEnd) {
-    struct Case {
-        const char* title;
-        int kind;  // -1: none
-    };
-    const Case cases[] = {
+    constexpr int kNone = -1;
+    const std::pair<const char*, int> cases[] = {
         {"Bob - Instant Message", 0},
         {" - Instant Message", 0},
-        {"- Instant Message", -1},
-        {"Bob - Instant Message ", -1},
-        {"Bob - instant message", -1},
+        {"- Instant Message", kNone},
+        {"Bob - instant message", kNone},
+        {"Bob - Instant Message ", kNone},
         {"Buddy Info: Bob", 1},
         {"Buddy Info: ", 1},
-        {"Buddy Info:", -1},
-        {"My Buddy Info: Bob", -1},
+        {"Buddy Info:", kNone},
+        {"My Buddy Info: Bob", kNone},
         {"Bob's Buddy List Window", 2},
-        {"Buddy List Window", -1},
+        {"Buddy List Window", kNone},
         {"Chat Room: x", 3},
-        {"Chat Room:", -1},
-        {"", -1},
+        {"Chat Room:", kNone},
+        {"", kNone},
     };
-    for (const auto& one : cases) {
-        for (int kind = 0; kind < modTrans::kKinds; ++kind) {
-            EXPECT_EQ(modTrans::TitleIsOfKind(one.title, kind), kind == one.kind) << one.title << " " << kind;
-        }
+    for (const auto& [title, expected] : cases) {
+        for (int kind = 0; kind < modTrans::kKinds; ++kind)
+            EXPECT_EQ(modTrans::TitleIsOfKind(title, kind), kind == expected) << title << " " << kind;
     }
 }
 
@@ -74,44 +63,39 @@ TEST_F(Trans, AmountsAreBroughtIntoRangeAndAlphaRoundsHalvesToEven) {
         {"+-5", 0}, {"-", 0},     {"007", 7},
     };
     for (const auto& [text, amount] : amounts) EXPECT_EQ(modTrans::ParseAmount(text), amount) << text;
-    EXPECT_EQ(modTrans::AlphaOf(0), 255);
-    EXPECT_EQ(modTrans::AlphaOf(100), 0);
-    EXPECT_EQ(modTrans::AlphaOf(50), 128);  // 127.5
-    EXPECT_EQ(modTrans::AlphaOf(90), 26);   // 25.5
-    EXPECT_EQ(modTrans::AlphaOf(70), 76);   // 76.5
+    for (const auto& [amount, alpha] : {std::pair{0, 255}, {100, 0}, {50, 128}, {90, 26}, {70, 76}})
+        EXPECT_EQ(modTrans::AlphaOf(amount), alpha) << amount;  // 127.5, 25.5 and 76.5 the last three
 }
 
 TEST_F(Trans, EachTickTreatsNewWindowsOfTheKindsThatAreOnAndNoWindowTwice) {
     const auto im = OpenTopWindow("Bob - Instant Message");
     const auto list = OpenTopWindow("Bob's Buddy List Window");
     Set("1000", "50");
-    EXPECT_EQ(AlphaAt(im), -1);  // until the tick
+    EXPECT_EQ(AlphaAt(im), kNotLayered) << "before the tick";
     modTrans::TimerTick();
-    modTrans::TimerTick();
-    EXPECT_EQ(AlphaAt(im), 128);
-    EXPECT_EQ(TopWindowAt(im).translucentCalls, 1);
-    EXPECT_EQ(AlphaAt(list), -1);
     const auto later = OpenTopWindow("Al - Instant Message");
     modTrans::TimerTick();
+    EXPECT_EQ(AlphaAt(im), 128);
     EXPECT_EQ(AlphaAt(later), 128);
+    EXPECT_EQ(AlphaAt(list), kNotLayered);
+    EXPECT_EQ(TopWindowAt(im).translucentCalls, 1);
     Set("1000", "100");
     modTrans::TimerTick();
     EXPECT_EQ(AlphaAt(im), 0);
 }
 
-TEST_F(Trans, SwitchingAKindOffMakesItsWindowsOpaqueAtOnce) {
+TEST_F(Trans, SwitchingAKindOffMakesItsWindowsOpaqueAtOnceAndOnTranslucentAgain) {
     const auto im = OpenTopWindow("Bob - Instant Message");
     const auto chat = OpenTopWindow("Chat Room: x");
-    Set("1001", "0");
-    modTrans::TimerTick();
-    EXPECT_EQ(AlphaAt(im), 255);
-    Set("0001", "0");
-    EXPECT_EQ(AlphaAt(im), -1);
+    for (int time = 0; time < 2; ++time) {
+        Set("1001", "0");
+        modTrans::TimerTick();
+        EXPECT_EQ(AlphaAt(im), 255);
+        Set("0001", "0");
+        EXPECT_EQ(AlphaAt(im), kNotLayered);
+    }
     EXPECT_EQ(TopWindowAt(chat).opaqueCalls, 0);
     EXPECT_EQ(AlphaAt(chat), 255);
-    Set("1001", "0");
-    modTrans::TimerTick();
-    EXPECT_EQ(AlphaAt(im), 255);
 }
 
 TEST_F(Trans, TheTickDoesNothingWhileAllKindsAreOffAndAMissingSettingCountsAsOn) {
@@ -129,15 +113,17 @@ TEST_F(Trans, TheTickDoesNothingWhileAllKindsAreOffAndAMissingSettingCountsAsOn)
 TEST_F(Trans, After999WindowsOnlyThePlaceOfClosedOnesIsTakenByOthers) {
     Set("1000", "50");
     std::vector<os::WindowHandle> windows;
-    for (int i = 0; i < 999; ++i) windows.push_back(OpenTopWindow("Bob - Instant Message"));
+    for (int i = 0; i < 1000; ++i) windows.push_back(OpenTopWindow("Bob - Instant Message"));
+    const auto untreated = [&] {
+        return std::ranges::count_if(windows, [](auto window) { return AlphaAt(window) == kNotLayered; });
+    };
     modTrans::TimerTick();
-    EXPECT_EQ(AlphaAt(windows.front()), 128);
-    const auto one = OpenTopWindow("Bob - Instant Message");
+    EXPECT_EQ(untreated(), 1);
+    const auto closed = std::ranges::find(windows, 128, AlphaAt);
+    os::fake::CloseTopWindow(*closed);
+    windows.erase(closed);
     modTrans::TimerTick();
-    EXPECT_EQ(AlphaAt(one), -1);
-    os::fake::CloseTopWindow(windows[5]);
-    modTrans::TimerTick();
-    EXPECT_EQ(AlphaAt(one), 128);
+    EXPECT_EQ(untreated(), 0);
 }
 
 }  // namespace

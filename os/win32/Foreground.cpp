@@ -1,0 +1,11 @@
+#include "os/Foreground.h"
+
+#include <windows.h>
+
+namespace os {
+
+void BringToForeground(WindowHandle window) {
+    SetForegroundWindow(reinterpret_cast<HWND>(window));
+}
+
+}  // namespace os
