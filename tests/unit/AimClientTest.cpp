@@ -140,13 +140,3 @@ TEST_F(AimClient, ClosingAllConnectionsClearsEachNamesCache) {
     EXPECT_TRUE(client.SawClose() && server.SawClose() && other.client.SawClose());
     EXPECT_FALSE(os::fake::FileText("\\Aim\\me\\userinfo.bag"));
 }
-
-TEST_F(AimClient, ExplainsAMissingSignOnWithTheListenersPort) {
-    modSystem::doErr(false);
-    ASSERT_EQ(os::fake::ShownBoxes().size(), 1u);
-    const auto& box = os::fake::ShownBoxes()[0];
-    EXPECT_EQ(box.icon, os::BoxIcon::Error);
-    EXPECT_TRUE(box.text.starts_with(
-        "You must be signed on to at least one screenname to use this feature.\r\n\r\n"));
-    EXPECT_TRUE(box.text.ends_with("\r\nProxy Host: 127.0.0.1\r\nProxy Port: 11080"));
-}

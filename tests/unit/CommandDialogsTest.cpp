@@ -206,16 +206,6 @@ TEST_F(CommandDialogs, IdleTakesWhatAPersonCallsAWholeNumber) {
     }
 }
 
-TEST_F(CommandDialogs, IdleBeyondWhatTheFrameHoldsIsReportedByTheRegistry) {
-    auto idle = Open(kIdle);
-    idle.Choose("cmbScreenname", 1);
-    idle.Type("txtIdle", "1093");
-    idle.Press("cmdIdle");
-    ASSERT_EQ(Rig::Reports().size(), 1u);
-    EXPECT_EQ(Rig::Reports()[0].where, "modSocket:SetIdle");
-    ExpectSent("", "");
-}
-
 TEST_F(CommandDialogs, ProfileReadsWhatTheClientKeeps) {
     rig.SignOn("No Folder");
     os::fake::PutFile(kMine, "\r\n\r\nline one\r\n\r\nline <b>three</b>\r\n");

@@ -30,11 +30,13 @@ class FormRig : public FreshWorld {
         return Frame(2, sequence, modAwayIdleProf::MakeProfileFlap(text).Data());
     }
 
+    // Whether the one box since the last call is the one that also explains how to connect.
     static bool ToldNotSignedOn() {
         const auto boxes = TakeBoxes();
         return boxes.size() == 1 &&
-               boxes.front().starts_with(
-                   "You must be signed on to at least one screenname to use this feature.");
+               boxes[0].starts_with(
+                   "You must be signed on to at least one screenname to use this feature.\r\n\r\n") &&
+               boxes[0].ends_with("\r\nProxy Host: 127.0.0.1\r\nProxy Port: 11080");
     }
 
     Rig rig;

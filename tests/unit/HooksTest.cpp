@@ -1,171 +1,185 @@
-// What the relay asks of the session features, and that no failure of theirs costs a frame.
+// What the relay has the session features do, between a fake client and a fake server, and that no failure of
+// theirs costs a frame.
+#include "app/services/modRegistry.h"
 #include "base/RuntimeError.h"
+#include "features/clsSessionFeatures.h"
+#include "features/modAwayIdleProf.h"
+#include "os/fake/FakeFiles.h"
 #include "tests/unit/Rig.h"
 
 namespace {
 
-using Calls = std::vector<std::string>;
-
-// Features that note what they are asked, and fail where they are told to.
-struct Features final : SessionHooks {
-    Calls calls;
-    std::string failing;
-    bool aliases = false;
-    bool wantsHtml = true;
-    ByteString profilePayload = "rewritten profile";
-
-    void Note(const std::string& name, const std::string& detail) {
-        if (failing == name) throw RuntimeError(5, name + " failed");
-        calls.push_back(name + ":" + detail);
-    }
-
-    std::shared_ptr<const ReplacementList> LoadReplacements() override {
-        Note("load", "");
-        if (!aliases) return nullptr;
-        // Opaque to the relay, so any address will do: it is only handed back.
-        const auto owner = std::make_shared<int>();
-        return {owner, reinterpret_cast<const ReplacementList*>(owner.get())};
-    }
-    // "asdf" is called "Fred".
-    bool ReplaceScreenNames(const ReplacementList&, Direction direction, std::string_view payload,
-                            ByteString& rewritten) override {
-        const std::string from = direction == Direction::ToClient ? "\4asdf" : "\4Fred";
-        const auto at = payload.find(from);
-        rewritten = payload;
-        if (at == std::string_view::npos) return false;
-        rewritten.replace(at, from.size(), direction == Direction::ToClient ? "\4Fred" : "\4asdf");
-        Note("replace", "");
-        return true;
-    }
-    void LogMessage(Direction direction, const clsHeaderSNAC& snac, const std::string& own) override {
-        Note("log", (direction == Direction::ToClient ? "in " : "out ") + own + " " + snac.Data());
-    }
-    bool WantsProfileHtml() override { return wantsHtml; }
-    void SeeProfileHtml(clsHeaderFLAP& flap) override {
-        Note("html", flap.Data().substr(10));
-        flap.Create(2, profilePayload);
-    }
-    std::optional<clsHeaderFLAP> MakeAwayFlap(const std::string& text) override {
-        Note("away", text);
-        clsHeaderFLAP flap;
-        flap.Create(2, "away " + text);
-        return flap;
-    }
-    void DeleteUserinfoBag(const std::string& name) override { Note("bag", name); }
-};
+constexpr char kAliases[] = "/program\\repl.dat";
 
 struct HooksTest : testing::Test {
-    HooksTest() { SetSessionHooks(&features); }
+    HooksTest() {
+        SetSessionHooks(&features_);
+        os::fake::PutFile(kAliases, "asdf\r\nFred\r\n");
+        os::fake::SetLocalTime({2004, 5, 6, 13, 5, 9});
+        Set("logwhere", "/logs");
+        Set("logims", "1");
+        Set("loghowhtm", "False");
+        Set("logfolder", "0");
+    }
+
+    static void Set(const char* name, const std::string& value) { modRegistry::WriteSetting(name, value); }
+
+    static ByteString SignOnRequest(const std::string& name) { return Snac(0x17, 2, Tlv(1, name)); }
+    static ByteString SelfInformation(const std::string& name) { return Snac(1, 0xF, Named(name)); }
+    static ByteString Incoming(const std::string& sender, const std::string& text) {
+        return Snac(4, 7, IncomingData(sender, Tlv(2, MessageData(text))));
+    }
+    static ByteString Outgoing(const std::string& recipient, const std::string& text) {
+        return Snac(4, 6, OutgoingData(recipient, Tlv(2, MessageData(text))));
+    }
+    static ByteString Away(const std::string& text) { return modAwayIdleProf::MakeAwayFlap(text).Data(); }
+
+    static std::string Log(const std::string& buddy) {
+        return os::fake::FileText("/logs\\" + buddy + " 2004-05-06.txt").value_or("");
+    }
+    static std::string PutCache(const std::string& name) {
+        const auto file = "\\Aim\\" + name + "\\userinfo.bag";
+        os::fake::PutFile(file, "cache");
+        return file;
+    }
+
+    clsSessionFeatures features_;
     Rig rig;
-    Features features;
 };
 
 }  // namespace
 
-TEST_F(HooksTest, SignOnNamesTheClientsSideAndClearsItsCache) {
+TEST_F(HooksTest, SignOnClearsTheCacheAndLeavesTheNameToTheServersWord) {
+    const auto cache = PutCache("someuser");
     auto [client, server] = rig.ConnectTalking();
-    client.Feed(Frame(2, 2, Snac(0x17, 2, "00 01 00 09 'Some User' 00 02"_hex)));
-    EXPECT_EQ(features.calls, (Calls{"load:", "bag:Some User"}));
-    EXPECT_EQ(modSocket::Connection(0)->hasScreenName(), "");  // that is the server's word
+    client.Feed(Frame(2, 2, SignOnRequest("Some User")));
+    EXPECT_FALSE(os::fake::FileText(cache));
+    EXPECT_EQ(modSocket::Connection(0)->hasScreenName(), "");
 }
 
 TEST_F(HooksTest, NamesAreKeptBeforeAndAfterAliasesUntilTheEndClearsTheCache) {
-    features.aliases = true;
+    const auto cache = PutCache("asdf");
     auto [client, server] = rig.ConnectTalking();
-    server.Feed(Frame(2, 101, Snac(1, 0xF, Named("asdf"))));
-    EXPECT_EQ(client.Received(), Frame(2, 101, Snac(1, 0xF, Named("Fred"))));
+    server.Feed(Frame(2, 101, SelfInformation("asdf")));
+    EXPECT_EQ(client.Received(), Frame(2, 101, SelfInformation("Fred")));
     EXPECT_EQ(modSocket::Connection(0)->hasScreenName(), "Fred");
     EXPECT_EQ(modSocket::Connection(0)->hasScreenNameOrig(false), "asdf");
+    EXPECT_TRUE(os::fake::FileText(cache));
     End(client);
-    EXPECT_EQ(features.calls.back(), "bag:asdf");
+    EXPECT_FALSE(os::fake::FileText(cache));
 }
 
-TEST_F(HooksTest, MessagesAreLoggedAsTheyGoOnUnderTheNameOfTheirSide) {
-    features.aliases = true;
-    auto [client, server] = rig.SignOn("me");
-    server.TakeReceived();
-    server.Feed(Frame(2, 102, Snac(4, 7, Named("asdf"))));
-    EXPECT_EQ(features.calls.back(), "log:in me " + Named("Fred"));
-    client.Feed(Frame(2, 2, Snac(4, 6, Named("Fred"))));
-    EXPECT_EQ(features.calls.back(), "log:out me " + Named("asdf"));
-    EXPECT_EQ(server.Received(), Frame(2, 2, Snac(4, 6, Named("asdf"))));
+TEST_F(HooksTest, AliasesAreSeenByTheClientAndTheLogAndNeverByTheServer) {
+    auto [client, server] = rig.SignOn("My Name");
+    server.Feed(Frame(2, 102, Incoming("asdf", "hi")));
+    EXPECT_EQ(client.TakeReceived(), Frame(2, 102, Incoming("Fred", "hi")));
+    client.Feed(Frame(2, 2, Outgoing("Fred", "ho")));
+    EXPECT_EQ(server.TakeReceived(), Frame(2, 2, Outgoing("asdf", "ho")));
+    EXPECT_EQ(Log("Fred"), "Fred (13:05:09): hi\r\n");
+    EXPECT_EQ(Log("asdf"), "My Name (13:05:09): ho\r\n");
+    EXPECT_TRUE(Rig::Reports().empty());
 }
 
-TEST_F(HooksTest, ProfilesAreRewrittenWhenAskedForAndWhenTheyFitAFrame) {
+TEST_F(HooksTest, AConnectionKeepsTheAliasesItBeganWith) {
+    auto first = rig.SignOn("My Name");
+    os::fake::PutFile(kAliases, "asdf\r\nBoss\r\n");
+    auto second = rig.SignOn("Another");
+    os::fake::FailReads(kAliases, true);
+    auto third = rig.SignOn("Third");
+    EXPECT_EQ(Rig::Reports().size(), 1u) << "the list cannot be read";
+    const std::pair<Rig::Pair*, const char*> cases[] = {
+        {&first, "Fred"}, {&second, "Boss"}, {&third, "asdf"}};
+    for (const auto& [pair, name] : cases) {
+        pair->server.Feed(Frame(2, 102, Incoming("asdf", "")));
+        EXPECT_EQ(pair->client.TakeReceived(), Frame(2, 102, Incoming(name, "")));
+    }
+}
+
+TEST_F(HooksTest, ProfilesShowTheirSourceWhenAskedForAndWhenItFitsAFrame) {
     auto [client, server] = rig.ConnectTalking();
-    const auto profile = Snac(2, 6, "profile");
     const struct {
-        bool wanted;
-        ByteString rewritten, arrived;
-    } cases[] = {
-        {false, "rewritten", profile},
-        {true, "rewritten", "rewritten"},
-        {true, ByteString(65536, 'x'), profile},  // no length field can say that
-    };
+        const char* setting;
+        std::string profile;
+        bool shown;
+    } cases[] = {{"0", "<b>x", false}, {" ", "<b>x", false}, {"True", "<b>x", false},
+                 {"2", "<b>x", false}, {"1", "<b>x", true},  {"1", std::string(40000, '<'), false}};
     std::int32_t number = 101;
-    for (const auto& [wanted, rewritten, arrived] : cases) {
-        features.wantsHtml = wanted;
-        features.profilePayload = rewritten;
-        server.Feed(Frame(2, 7, profile));
-        EXPECT_EQ(client.TakeReceived(), Frame(2, number++, arrived));
+    for (const auto& [setting, profile, shown] : cases) {
+        Set("seehtml", setting);
+        const auto reply = Snac(2, 6, "03 'Bob' 00 00 00 00"_hex + Tlv(2, profile));
+        server.Feed(Frame(2, 7, reply));
+        const auto arrived = client.TakeReceived();
+        EXPECT_EQ(arrived.find("<b>x<br></body>") != ByteString::npos, shown) << setting;
+        EXPECT_EQ(arrived == Frame(2, number++, reply), !shown) << setting;
     }
     EXPECT_EQ(Rig::Reports().size(), 1u);
 }
 
-TEST_F(HooksTest, AFailingFeatureCostsAReportAndNotAFrame) {
-    features.aliases = true;
+TEST_F(HooksTest, AFailingFeatureCostsOneReportAndNotAFrame) {
+    Set("seehtml", "1");
+    os::fake::FailWrites("/logs", 28);
     auto [client, server] = rig.ConnectTalking();
     const struct {
-        const char* failing;
-        std::int32_t family, subtype;
-        const char* name;  // as it arrives
+        const char* what;
+        ByteString sent, arrives;
     } cases[] = {
-        {"replace", 9, 9, "asdf"}, {"log", 4, 7, "Fred"}, {"log", 4, 6, "Fred"}, {"html", 2, 6, "Fred"}};
+        {"log of what comes", Incoming("asdf", "lost"), Incoming("Fred", "lost")},
+        {"log of what goes", Outgoing("Bob", "lost"), Outgoing("Bob", "lost")},
+        {"profile cut off", Snac(2, 6, "FF 'Bob'"_hex), Snac(2, 6, "FF 'Bob'"_hex)},
+        {"sign-on cut off", Snac(0x17, 2, "00 FF 00"_hex), Snac(0x17, 2, "00 FF 00"_hex)},
+    };
     std::int32_t number = 101;
-    for (const auto& [failing, family, subtype, name] : cases) {
-        features.failing = failing;
+    for (const auto& [what, sent, arrives] : cases) {
         Rig::Reports().clear();
-        server.Feed(Frame(2, 0, Snac(family, subtype, Named("asdf"))));
-        EXPECT_EQ(client.TakeReceived(), Frame(2, number++, Snac(family, subtype, Named(name))));
-        ASSERT_EQ(Rig::Reports().size(), 1u) << failing;
+        server.Feed(Frame(2, 0, sent));
+        EXPECT_EQ(client.TakeReceived(), Frame(2, number++, arrives)) << what;
+        ASSERT_EQ(Rig::Reports().size(), 1u) << what;
         EXPECT_EQ(Rig::Reports()[0].where, "clsAIMSocket:DataArrival");
     }
+    os::fake::FailWrites("/logs", 0);
+    server.Feed(Frame(2, 0, Incoming("asdf", "kept")));
+    EXPECT_EQ(Log("Fred"), "Fred (13:05:09): kept\r\n");
 }
 
-TEST_F(HooksTest, MalformedSignOnDataAreReportedOnce) {
+TEST_F(HooksTest, AFeatureThatThrowsOrMakesAFrameTooLongLeavesItAsItWas) {
+    struct Faulty final : clsSessionFeatures {
+        bool ReplaceScreenNames(const ReplacementList&, Direction, std::string_view, ByteString&) override {
+            throw RuntimeError(5, "on purpose");
+        }
+        void SeeProfileHtml(clsHeaderFLAP& flap) override { flap.Create(2, ByteString(65536, 'x')); }
+    } faulty;
+    SetSessionHooks(&faulty);
+    Set("seehtml", "1");
     auto [client, server] = rig.ConnectTalking();
-    for (const auto& data : {""_hex, "00"_hex, "00 FF 00"_hex}) {
-        Rig::Reports().clear();
-        client.Feed(Frame(2, 0, Snac(0x17, 2, data)));
-        EXPECT_EQ(Rig::Reports().size(), 1u) << HexDump(data);
-    }
+    Rig::Reports().clear();
+    server.Feed(Frame(2, 101, Snac(2, 6, Named("asdf"))));
+    EXPECT_EQ(client.TakeReceived(), Frame(2, 101, Snac(2, 6, Named("asdf"))));
+    EXPECT_EQ(Rig::Reports().size(), 2u);
 }
 
 TEST_F(HooksTest, AFrameTooShortForASnacRunsNoHook) {
     auto [client, server] = rig.SignOn("me");
-    features.calls.clear();
-    server.Feed(Frame(2, 0, Snac(4, 7, "hi")) + Frame(2, 0, "00 04 00 07 00 00 00 00 00"_hex) +
-                Frame(2, 0, ""));
-    EXPECT_EQ(features.calls.size(), 1u);
-    EXPECT_EQ(client.Received().size(), 18u + 15u + 6u);
+    const auto tooShort = Frame(2, 103, "00 04 00 07 00 00 00 00 00"_hex) + Frame(2, 104, "");
+    server.Feed(Frame(2, 102, Incoming("Bob", "hi")) + tooShort);
+    EXPECT_EQ(client.Received(), Frame(2, 102, Incoming("Bob", "hi")) + tooShort);
+    EXPECT_EQ(Log("Bob"), "Bob (13:05:09): hi\r\n");
+    EXPECT_TRUE(Rig::Reports().empty());
 }
 
 TEST_F(HooksTest, AnInjectedFrameTakesTheNextNumberOfTheClientAndIsNotShownToIt) {
     auto [client, server] = rig.SignOn("me");
-    server.TakeReceived();
     client.Feed(Frame(2, 2, "a") + Frame(2, 3, "b").substr(0, 5));
     modSocket::SetAwayMessage("ME", "gone");
     client.Feed(Frame(2, 3, "b").substr(5));
-    EXPECT_EQ(server.Received(), Frame(2, 2, "a") + Frame(2, 3, "away gone") + Frame(2, 4, "b"));
+    EXPECT_EQ(server.Received(), Frame(2, 2, "a") + Frame(2, 3, Away("gone")) + Frame(2, 4, "b"));
     EXPECT_EQ(client.Received(), "");
 }
 
 TEST_F(HooksTest, ACommandForAnUnknownNameGoesToSlotZero) {
     auto [client, server] = rig.SignOn("me");
     rig.SignOn("other");
-    server.TakeReceived();
     modSocket::SetAwayMessage("nobody", "gone");
-    EXPECT_EQ(server.Received(), Frame(2, 2, "away gone"));
+    EXPECT_EQ(server.Received(), Frame(2, 2, Away("gone")));
 }
 
 TEST_F(HooksTest, ACommandThatCannotBeSentIsReportedAndTakesNoNumber) {
@@ -179,10 +193,10 @@ TEST_F(HooksTest, ACommandThatCannotBeSentIsReportedAndTakesNoNumber) {
     auto [client, server] = rig.ConnectPair();
     expectReport("no number known yet");
     client.Feed(Frame(1, 1, "x"));
-    features.failing = "away";
-    expectReport("cannot be built");
-    features.failing.clear();
-    expectReport("too long", ByteString(65535, 'x'));
+    expectReport("cannot be built", ByteString(65536, 'x'));
+    expectReport("too long for a frame", ByteString(65500, 'x'));
+    modSocket::SetIdle("nobody", 1093);
+    EXPECT_EQ(Rig::Reports().back().where, "modSocket:SetIdle");
     client.Feed(Frame(1, 1, "y"));
     EXPECT_EQ(server.Received(), Frame(1, 1, "x") + Frame(1, 2, "y"));
     End(server);

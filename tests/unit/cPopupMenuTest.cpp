@@ -46,27 +46,19 @@ struct PopupMenu : FreshWorld {
 
 TEST_F(PopupMenu, IndicesStayWithTheirEntriesAndAreNotGivenAgain) {
     cPopupMenu menu;
-    EXPECT_EQ(menu.AddMenuItem("a", "a"), 1);
-    EXPECT_EQ(menu.AddMenuItem("c", "c"), 2);
-    EXPECT_EQ(menu.InsertMenuItem(2, "b", "b"), 3);
-    EXPECT_EQ(menu.Entries(), (Indices{1, 3, 2}));
-    menu.RemoveMenuItem(3);
-    EXPECT_EQ(menu.AddMenuItem("d", "d"), 4);
-    EXPECT_EQ(menu.Entries(), (Indices{1, 2, 4}));
-    EXPECT_EQ(menu.ItemKey(2), "c");
-    EXPECT_EQ(menu.IndexForKey("d"), 4);
+    const auto parent = menu.AddMenuItem("parent");
+    EXPECT_EQ(menu.AddMenuItem("a", "a", false, 0, parent), 2);
+    EXPECT_EQ(menu.AddMenuItem("c", "c", false, 0, parent), 3);
+    EXPECT_EQ(menu.InsertMenuItem(3, "b", "b"), 4);
+    EXPECT_EQ(menu.Entries(parent), (Indices{2, 4, 3}));
+    menu.RemoveMenuItem(4);
+    EXPECT_EQ(menu.AddMenuItem("d", "d"), 5);
+    EXPECT_EQ(menu.Entries(parent), (Indices{2, 3}));
+    EXPECT_EQ(menu.ItemKey(3), "c");
+    EXPECT_EQ(menu.IndexForKey("d"), 5);
     EXPECT_EQ(menu.IndexForKey("D"), 0);
-}
-
-TEST_F(PopupMenu, SubMenusKeepWhatIsInsertedAndGoWithTheirEntry) {
-    auto menu = SampleMenu();
-    const auto file = menu.IndexForKey("file"), deeper = menu.IndexForKey("deeper");
-    const auto inserted = menu.InsertMenuItem(deeper, "inserted");
-    EXPECT_EQ(menu.Entries(file), (Indices{inserted, deeper, 5}));
-    EXPECT_EQ(menu.Entries(), (Indices{file, 2, 6}));
-    menu.RemoveMenuItem(file);
-    EXPECT_EQ(menu.Count(), 2u);
-    EXPECT_EQ(menu.IndexForKey("deepest"), 0);
+    menu.RemoveMenuItem(parent);  // with its sub-menu
+    EXPECT_EQ(menu.Count(), 1u);
 }
 
 TEST_F(PopupMenu, AMenuHasOneDefaultEntryAtMost) {

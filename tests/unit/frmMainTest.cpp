@@ -115,40 +115,4 @@ TEST_F(MainForm, APeerThatTakesNothingHoldsTheEndUpForTwoSecondsAtMost) {
     EXPECT_EQ(os::MonotonicMilliseconds() - begin, 2000);
 }
 
-// A failure of any notification is reported and ends nothing; the loop goes on to the next.
-TEST_F(MainForm, AFailureInAnyNotificationEndsNothing) {
-    form_->Form_Load();
-    const auto fail = [](auto&&...) { throw RuntimeError(5, "on purpose"); };
-    os::TcpListener listener;
-    os::TcpSocket accepted, connecting, refused;
-    os::Timer timer;
-    auto request = [&](std::int32_t id) {
-        accepted.Accept(id);
-        fail();
-    };
-    auto data = [&](std::span<char>) { fail(); };
-    auto number = [&](std::int32_t) { fail(); };
-    auto nothing = [&] { fail(); };
-    listener.ConnectionRequest.Bind(request);
-    accepted.Data.Bind(data);
-    accepted.Closed.Bind(nothing);
-    connecting.Connected.Bind(nothing);
-    refused.Failed.Bind(number);
-    timer.Tick.Bind(nothing);
-
-    listener.Listen(5190);
-    timer.StartOnce(1);
-    os::Post([&] { fail(); });
-    connecting.Connect("127.0.0.1", 5190);
-    refused.Connect("127.0.0.1", 5191);
-    os::fake::AdvanceClock(10);
-    connecting.Send("bytes");
-    os::fake::AdvanceClock(10);
-    connecting.Close();
-    os::fake::AdvanceClock(10);
-    EXPECT_EQ(modError::OpenWindowCount(), 7u);  // request, connected, failed, tick, posted, data, closed
-    EXPECT_FALSE(form_->IsUnloaded());
-    EXPECT_TRUE(ConnectClient().IsConnected());
-}
-
 }  // namespace

@@ -108,14 +108,6 @@ TEST_F(Update, ASecondCheckStartsAnew) {
     EXPECT_EQ(os::fake::OpenSocketCount(), 0u);
 }
 
-TEST_F(Update, AnotherVersionIsOfferedAndTheConnectionClosed) {
-    Check(false, kOffer);
-    EXPECT_TRUE(IsBackAtTheOffer());
-    EXPECT_NE(form->Window().Text("lblOffer").find("revision 18"), std::string::npos);
-    User().PressEscape();
-    EXPECT_FALSE(form->Window().IsShown());
-}
-
 TEST_F(Update, AsksForTheFileThenForItsPlaceAndReadsNothingMeanwhile) {
     os::fake::SetDuringSaveFile([&] {
         EXPECT_EQ(Server().Received(), "GET /get/setup.exe HTTP/1.1\r\nHost: update.example\r\n\r\n");
@@ -152,11 +144,9 @@ TEST_F(Update, ShowsProgressAndRateAndPutsTheFileInPlaceAtTheEnd) {
     EXPECT_EQ(os::fake::FileText(kPlace), std::string(102'400, 'a') + std::string(197'600, 'b'));
     EXPECT_FALSE(os::fake::FileText(kTemporary));
     EXPECT_FALSE(form->Window().IsShown());
-}
 
-TEST_F(Update, WithoutALengthTheFileEndsWithTheConnection) {
     BeginDownload(kPlace);
-    Server().Feed(kOk + "\r\nabc");
+    Server().Feed(kOk + "\r\nabc");  // without a length it ends with the connection
     EXPECT_EQ(form->Window().Text("lblProgress"), "3");
     EXPECT_FALSE(User().Sees("prgDownload"));
     End(Server());
@@ -164,6 +154,12 @@ TEST_F(Update, WithoutALengthTheFileEndsWithTheConnection) {
 }
 
 TEST_F(Update, CancelAnywhereGoesBackToTheOfferAndLeavesNothing) {
+    Check(false, kOffer);
+    EXPECT_TRUE(IsBackAtTheOffer());
+    EXPECT_NE(form->Window().Text("lblOffer").find("revision 18"), std::string::npos);
+    User().PressEscape();
+    EXPECT_FALSE(form->Window().IsShown());
+
     BeginDownload(std::nullopt);  // in the save dialog
     EXPECT_TRUE(IsBackAtTheOffer());
 

@@ -12,20 +12,6 @@ namespace {
 struct TrayMenu : FreshWorld {
     ~TrayMenu() override { modMenu::CloseChosen().Reset(); }
 
-    // The menu as a drawing: one line for each entry, indented in sub-menus, with icon index and key.
-    static std::string Drawn(const cPopupMenu& menu, std::int32_t parent = 0,
-                             const std::string& indent = {}) {
-        std::string drawing;
-        for (const auto index : menu.Entries(parent)) {
-            drawing += indent + menu.Caption(index);
-            if (menu.ItemIcon(index) != cPopupMenu::kNoIcon)
-                drawing += " [" + std::to_string(menu.ItemIcon(index)) + "]";
-            drawing += menu.ItemKey(index).empty() ? "\n" : " " + menu.ItemKey(index) + "\n";
-            drawing += Drawn(menu, index, indent + "    ");
-        }
-        return drawing;
-    }
-
     ImageList images_;
 };
 
@@ -34,8 +20,20 @@ struct TrayMenu : FreshWorld {
 TEST_F(TrayMenu, HasTheEntriesInTheirOrderAndSubMenusWithTheirIcons) {
     modMenu::LoadMenuIcons(images_);
     const auto host = modMenu::BuildTrayMenu(77, 0x55, images_);
-    const auto& menu = host->PopupMenuObject();
-    EXPECT_EQ(Drawn(menu),
+    std::string drawn;  // a line for each entry, indented in sub-menus, with icon index and key
+    os::fake::SetMenuChooser([&](const os::MenuRequest& request) {
+        for (const auto& entry : request.entries) {
+            const auto icon = host->PopupMenuObject().ItemIcon(entry.id);
+            const auto key = host->PopupMenuObject().ItemKey(entry.id);
+            EXPECT_EQ(entry.icon != 0, icon != cPopupMenu::kNoIcon) << entry.caption;
+            drawn += (entry.parent == 0 ? "" : "    ") + entry.caption +
+                     (entry.icon == 0 ? "" : " [" + std::to_string(icon) + "]") +
+                     (key.empty() ? "\n" : " " + key + "\n");
+        }
+        return 0;
+    });
+    host->ShowMenu();
+    EXPECT_EQ(drawn,
               "Screenname Replacer... [8] snreplace\n"
               "-\n"
               "Edit Profile... [9] editprofile\n"
@@ -54,12 +52,6 @@ TEST_F(TrayMenu, HasTheEntriesInTheirOrderAndSubMenusWithTheirIcons) {
               "Close [3] close\n");
     EXPECT_EQ(os::fake::ShownTip(), "Wrenlow");
     EXPECT_EQ(os::fake::ShownTrayIcon()->icon, 0x55u);
-    os::fake::SetMenuChooser([&](const os::MenuRequest& request) {
-        for (const auto& entry : request.entries)
-            EXPECT_EQ(entry.icon != 0, menu.ItemIcon(entry.id) != cPopupMenu::kNoIcon) << entry.caption;
-        return 0;
-    });
-    host->ShowMenu();
 }
 
 TEST_F(TrayMenu, AFormWithoutAnIconLeavesTheHostItsOwn) {

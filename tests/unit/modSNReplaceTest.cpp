@@ -78,17 +78,6 @@ TEST(modSNReplace, FindsANameOnlyBehindALengthByteWhateverItsCaseAndBlanks) {
     }
 }
 
-TEST(modSNReplace, OnlyLengthsOfScreenNamesCountWhereverTheyStand) {
-    const Pairs pairs = {{"a", "one"}, {"A B", "two"}, {" c", "three"}};
-    for (const ByteString name : {"a", "a b", " c"}) {
-        for (std::size_t length = 0; length < 256; ++length) {
-            const auto found = ByteString(length % 70, '.') + static_cast<char>(length) + name;
-            ExpectAsLiteral(pairs, found);
-            ExpectAsLiteral(pairs, found + ByteString(70, ' '));
-        }
-    }
-}
-
 TEST(modSNReplace, ALaterPairFindsWhatAnEarlierOneWrote) {
     const Pairs chain = {{"one", "two"}, {"two", "three"}, {"four", "one"}};
     EXPECT_EQ(Rewrite(chain, ToClient, "03 'one' 03 'two' 04 'four'"_hex),
@@ -109,31 +98,30 @@ TEST(modSNReplace, AFrameThatWouldOutgrowItsLengthFieldStaysAsItIs) {
     EXPECT_EQ(Rewrite({{"ab", "'x' 02 'ab'"_hex}}, ToClient, "02 'ab'"_hex), "02 'ab'"_hex);
 }
 
+// Few different bytes, so that names, lengths, blanks and overlaps meet all the time; in every tenth round a
+// long list of longer names.
 TEST(modSNReplace, RewritesAsTheLiteralAlgorithmDoes) {
     Dice dice;
-    // Few different bytes, so that names, lengths, blanks and overlaps meet all the time.
-    constexpr std::string_view kData("aAbB \x01\x02\x03\x04\x10\x11", 11);
-    for (int round = 0; round < 4000 && !testing::Test::HasFailure(); ++round) {
-        Pairs pairs(1 + dice.Upto(5));
+    constexpr std::string_view kBytes("aAbB \x01\x02\x03\x04\x10\x11", 11);
+    for (int round = 0; round < 2000 && !testing::Test::HasFailure(); ++round) {
+        const bool isLong = round % 10 == 0;
+        Pairs pairs(1 + dice.Upto(isLong ? 150 : 5));
+        const auto anyName = [&] {
+            const auto& pair = pairs[dice.Upto(pairs.size() - 1)];
+            return dice.Upto(1) == 0 ? pair.screenName : pair.replacement;
+        };
         for (auto& [screenName, replacement] : pairs) {
-            screenName = dice.Text(dice.Upto(9) == 0 ? kData : kData.substr(0, 5), 1, 5);
-            replacement = dice.Text(dice.Upto(9) == 0 ? kData : kData.substr(0, 5), 1, 5);
-        }
-        ExpectAsLiteral(pairs, dice.Text(kData, 0, 60));
-    }
-    // And long lists, of which every name stands in the data.
-    for (int round = 0; round < 200 && !testing::Test::HasFailure(); ++round) {
-        Pairs pairs(1 + dice.Upto(150));
-        const auto any = [&]() -> const Replacement& { return pairs[dice.Upto(pairs.size() - 1)]; };
-        for (auto& [screenName, replacement] : pairs) {
-            screenName = dice.Text("abcxyzABC  19", 1, 18);
-            replacement = dice.Upto(3) == 0 ? any().screenName + "1" : dice.Text("abcxyzABC  19\xE9", 1, 18);
+            const auto letters = isLong              ? "abcxyzABC  19\xE9"
+                                 : dice.Upto(9) == 0 ? kBytes
+                                                     : kBytes.substr(0, 5);
+            screenName = dice.Text(letters, 1, isLong ? 18 : 5);
+            replacement = dice.Upto(3) == 0 ? screenName + "1" : dice.Text(letters, 1, isLong ? 18 : 5);
         }
         ByteString payload;
-        while (payload.size() < 600) {
-            const auto name = dice.Upto(1) == 0 ? any().screenName : any().replacement;
+        while (payload.size() < (isLong ? 600 : 40)) {
+            const auto name = anyName();
             const auto length = name.size() + dice.Upto(1) - (dice.Upto(7) == 0 ? 1 : 0);
-            payload += static_cast<char>(length) + name + dice.Text("  az\x02\x05", 0, 6);
+            payload += static_cast<char>(length) + name + dice.Text(kBytes, 0, 6);
         }
         ExpectAsLiteral(pairs, payload.substr(0, payload.size() - dice.Upto(20)));
     }
