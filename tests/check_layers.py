@@ -19,10 +19,11 @@ ALLOWED |= {system: {system, "base", "os"} for system in ("os/win32", "os/posix"
 ALLOWED["sandbox"] = {"sandbox"}  # what plays the other side shares no fault with us
 LAYERS = sorted(ALLOWED, key=len, reverse=True)  # the longest prefix decides
 
-# Tests and benchmarks may use everything below; only these folders may also speak to the system itself.
-FREE = ("tests/", "bench/")
-SYSTEM_FOLDERS = ("os/win32/", "os/posix/", "bench/", "sandbox/", "tests/")
-WINDOWS_PLACES = re.compile(r"os/win32/|sandbox/|bench/winrelay\.|tests/(win32|wine)/|tests/.*Win32\.cpp$")
+# Tests, benchmarks and what draws the manual's pictures may use everything below. These folders and those of the system's
+# implementations may also speak to the system itself.
+FREE = ("tests/", "bench/", "docs/manual/pictures/")
+SYSTEM_FOLDERS = ("os/win32/", "os/posix/", "sandbox/", *FREE)
+WINDOWS_PLACES = re.compile(r"os/win32/|sandbox/|docs/manual/pictures/|bench/winrelay\.|tests/(win32|wine)/|tests/.*Win32\.cpp$")
 WINDOWS_HEADER = re.compile(r"(windows|winsock2?|ws2tcpip|win(inet|http|user|base|def|reg)|shellapi|shl(obj|wapi)|comm(ctrl|dlg)"
                             r"|tlhelp32|psapi|iphlpapi|obj(base|idl)|ole2?|prsht|richedit|htmlhelp|mmsystem|wt?sapi32)\.h", re.I)
 HEAVY = {"filesystem", "fstream", "iostream", "regex"}  # each adds hundreds of kilobytes to the program

@@ -7,12 +7,12 @@
 #include "app/services/modRegistry.h"
 #include "desktop/frmSettings.h"
 #include "desktop/frmUpdate.h"
+#include "docs/manual/pictures/Picture.h"
 #include "os/EventLoop.h"
 #include "os/fake/FakeClock.h"
 #include "os/fake/FakeDialog.h"
 #include "os/fake/FakeFileDialogs.h"
 #include "os/fake/FakeNetwork.h"
-#include "tests/win32/Picture.h"
 
 namespace {
 

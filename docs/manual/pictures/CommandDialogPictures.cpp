@@ -3,6 +3,7 @@
 #include "app/services/SharedForm.h"
 #include "app/services/frmError.h"
 #include "desktop/frmBug.h"
+#include "docs/manual/pictures/Picture.h"
 #include "features/clsSessionFeatures.h"
 #include "features/frmAway.h"
 #include "features/frmIdle.h"
@@ -14,7 +15,6 @@
 #include "os/fake/FakeDialog.h"
 #include "os/fake/FakeFiles.h"
 #include "tests/unit/Rig.h"
-#include "tests/win32/Picture.h"
 
 namespace {
 

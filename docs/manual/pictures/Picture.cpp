@@ -1,4 +1,4 @@
-#include "tests/win32/Picture.h"
+#include "docs/manual/pictures/Picture.h"
 
 #include <windows.h>
 
