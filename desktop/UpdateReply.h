@@ -3,6 +3,7 @@
 // answer is a failed one. HTTP/1.1 is read as far as RFC 9112 makes two small questions need it.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -99,7 +100,7 @@ class Version {
     Head head_;
     std::optional<Body> body_;
     std::string line_;  // a line that has not ended yet
-    std::string words_[3];
+    std::array<std::string, 3> words_;
 };
 
 // The reply that carries the setup file.
