@@ -5,7 +5,7 @@
 //   2. All received bytes come before Closed. One arrival takes what is available, up to kReadChunk bytes.
 //   3. Send never blocks and never drops on a connected socket. Close flushes what is queued, then sends FIN;
 //      it lingers on its own for kFlushLimitMs at most; what is left then is lost and the peer sees a reset
-//      instead of an end. A reset by the peer is reported at once; on Windows to who reads or sends.
+//      instead of an end. A reset by the peer is reported at once.
 //   4. After Close() no event comes. A handler may close or destroy any socket, its own included.
 //   5. Listening on a port again keeps the clients that wait in the backlog. Loopback only, and nobody else
 //      can listen on the same address and port.

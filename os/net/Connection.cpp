@@ -59,15 +59,16 @@ void Connection::AddressFound(std::int32_t number, Address address) {
 void Connection::ConnectTo(Address address) {
     phase_ = Phase::Connecting;
     try {
-        handle_ = StartConnecting(address, port_);
+        handle_ = OpenOutgoing();
+        UpdateWatch();
+        StartConnecting(handle_.Get(), address, port_);
     } catch (const RuntimeError& error) {
-        return FailLater(error.Number());
+        FailLater(error.Number());
     }
-    UpdateWatch();
 }
 
-void Connection::FinishConnecting() {
-    const auto number = TakeError();
+void Connection::FinishConnecting(bool broken) {
+    const auto number = broken ? TakeError() : 0;
     if (number != 0) return Fail(number);
     phase_ = Phase::Connected;
     UpdateWatch();
@@ -77,7 +78,7 @@ void Connection::FinishConnecting() {
 void Connection::Ready(std::uint32_t events) {
     if (phase_ == Phase::Lingering) return Linger();
     if (failure_ != 0 && phase_ != Phase::Connected) return Fail(failure_);
-    if (phase_ == Phase::Connecting) return FinishConnecting();
+    if (phase_ == Phase::Connecting) return FinishConnecting((events & kBroken) != 0);
     if (phase_ != Phase::Connected) return;
 
     if ((events & kWritable) != 0) SendQueued();
@@ -126,7 +127,7 @@ void Connection::FailLater(std::int32_t number) {
 std::int32_t Connection::TakeError() const {
     if (failure_ != 0) return failure_;
     const auto number = PendingError(handle_.Get());
-    return number != 0 || phase_ == Phase::Connecting ? number : kConnectionReset;
+    return number != 0 ? number : kConnectionReset;
 }
 
 // Gives back all that the connection holds of the system, and its bytes.

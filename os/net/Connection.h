@@ -52,7 +52,7 @@ class Connection : public Watched, private AddressReceiver {
     void AddressFound(std::int32_t number, Address address) override;
 
     void ConnectTo(Address address);
-    void FinishConnecting();
+    void FinishConnecting(bool broken);
     void Receive(bool broken);
     void Deliver(std::span<char> bytes);
     void Fail(std::int32_t number);

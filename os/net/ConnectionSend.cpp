@@ -15,6 +15,12 @@ struct {
     Gathering parts;
 } gathering;
 
+std::size_t SizeOf(std::span<const Part> parts) {
+    std::size_t size = 0;
+    for (const auto& part : parts) size += part.size;
+    return size;
+}
+
 }  // namespace
 
 void Connection::Deliver(std::span<char> bytes) {
@@ -78,14 +84,18 @@ void Connection::Enqueue(std::string_view bytes) {
     }
 }
 
+// Until the system refuses: not every system tells of room that it has not refused before.
 void Connection::SendQueued() {
-    Part parts[kMostParts];
-    const auto count = queue_.Describe(parts);
-    if (count == 0) return;
-    const auto sent = net::Send(handle_.Get(), {parts, count});
-    if (sent.outcome == Outcome::Failed) return FailLater(sent.number);
-    if (sent.outcome == Outcome::WouldBlock) return;
-    queue_.DropFront(sent.bytes);
+    if (queue_.Empty()) return;
+    for (bool allTaken = true; allTaken && !queue_.Empty();) {
+        Part parts[kMostParts];
+        const auto count = queue_.Describe(parts);
+        const auto sent = net::Send(handle_.Get(), {parts, count});
+        if (sent.outcome == Outcome::Failed) return FailLater(sent.number);
+        if (sent.outcome == Outcome::WouldBlock) break;
+        queue_.DropFront(sent.bytes);
+        allTaken = sent.bytes == SizeOf({parts, count});
+    }
     if (queue_.Empty()) UpdateWatch();
     PaceReader();
 }

@@ -15,7 +15,8 @@ inline constexpr SocketHandle kNoSocket = -1;
 
 void CloseSocket(SocketHandle handle);
 
-// Owns a socket of the system. Every socket is non-blocking and not inherited by other programs.
+// Owns a socket of the system. Every socket is non-blocking, at the latest when it is
+// watched, and not inherited by other programs.
 class Socket {
  public:
     Socket() = default;
@@ -66,8 +67,11 @@ struct Address {
     std::uint32_t value;
 };
 
-// Starts a connection with the options that os/Tcp.h promises. Throws RuntimeError when it fails at once.
-Socket StartConnecting(Address address, std::uint16_t port);
+// A socket to connect with, with the options that os/Tcp.h promises. Throws RuntimeError.
+Socket OpenOutgoing();
+// Throws RuntimeError when the connection fails at once. The socket is to be watched already: a system may
+// tell of a failure only once.
+void StartConnecting(SocketHandle handle, Address address, std::uint16_t port);
 
 // The error that the system keeps for the socket; 0 when there is none.
 std::int32_t PendingError(SocketHandle handle);

@@ -14,8 +14,7 @@ namespace os::net {
 
 inline constexpr std::uint32_t kReadable = 1;
 inline constexpr std::uint32_t kWritable = 2;
-// An error or a hang-up, which need not be asked for. Windows tells only when a connection cannot be made;
-// all other errors come out of the next call there.
+// An error or a hang-up, which need not be asked for.
 inline constexpr std::uint32_t kBroken = 4;
 
 class Watched {

@@ -82,17 +82,19 @@ Transfer Send(SocketHandle handle, std::span<const Part> parts) {
     return Result(::sendmsg(Descriptor(handle), &message, MSG_NOSIGNAL));
 }
 
-Socket StartConnecting(Address address, std::uint16_t port) {
+Socket OpenOutgoing() {
     auto socket = OpenSocket();
     SetOption(socket.Get(), SOL_SOCKET, SO_KEEPALIVE, 1);
     SetOption(socket.Get(), IPPROTO_TCP, TCP_KEEPIDLE, kKeepAliveIdleSeconds);
     SetOption(socket.Get(), IPPROTO_TCP, TCP_KEEPINTVL, kKeepAliveIntervalSeconds);
     SetOption(socket.Get(), IPPROTO_TCP, TCP_KEEPCNT, kKeepAliveProbes);
-    const auto peer = SocketAddress(address.value, port);
-    const int result =
-        ::connect(Descriptor(socket.Get()), reinterpret_cast<const sockaddr*>(&peer), sizeof peer);
-    if (result != 0 && errno != EINPROGRESS) posix::ThrowLastError();
     return socket;
+}
+
+void StartConnecting(SocketHandle handle, Address address, std::uint16_t port) {
+    const auto peer = SocketAddress(address.value, port);
+    const int result = ::connect(Descriptor(handle), reinterpret_cast<const sockaddr*>(&peer), sizeof peer);
+    if (result != 0 && errno != EINPROGRESS) posix::ThrowLastError();
 }
 
 std::int32_t PendingError(SocketHandle handle) {

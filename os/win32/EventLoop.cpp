@@ -1,6 +1,6 @@
-// The loop is the message loop. Everything that is not a window message (sockets, timers, posted calls) is
-// done in turns, which messages to one hidden window start: so it goes on inside modal loops, whoever runs
-// them.
+// The loop is the message loop. Sockets, timers and posted calls announce themselves by messages to one
+// hidden window and are handled in turns, which these messages start: so everything goes on inside modal
+// loops, whoever runs them.
 #include "os/EventLoop.h"
 
 #include <winsock2.h>
@@ -15,53 +15,58 @@
 #include "os/win32/DialogMessages.h"
 #include "os/win32/HiddenWindow.h"
 #include "os/win32/ModalLoop.h"
-#include "os/win32/SocketWaiter.h"
+#include "os/win32/SocketMessages.h"
 
 namespace os {
 namespace {
 
-constexpr UINT kSocketsReady = WM_APP + 1;
-constexpr UINT kWork = WM_APP + 2;
+constexpr UINT kWork = WM_APP;
+constexpr UINT kFirstSocketMessage = WM_APP + 1;
+constexpr UINT kSocketMessages = 0x2000;
 constexpr UINT_PTR kTimerId = 1;
 constexpr std::int64_t kLongestWaitMs = 60'000;
 
-// While several sockets are ready they are polled again at once, for so long; then messages get their turn.
-constexpr std::int64_t kBusyTurnMs = 10;
-constexpr std::size_t kSeveral = 2;
+// Posted messages come before input and painting: busy sockets must not keep a person waiting longer.
+constexpr std::int64_t kInputMs = 10;
+// The most input that is let in between two turns.
+constexpr int kMostInput = 16;
+
+// Within one turn sockets may become ready again, or when others let go of them: some may do so for ever.
+constexpr int kMostPasses = 4;
 
 // The most messages and turns that ProcessPendingEvents handles: some may cause the next for ever.
 constexpr int kMostPending = 256;
-// The most input that is let in between two turns.
-constexpr int kMostInput = 16;
 
 class Loop;
 Loop& TheLoop();
 
 class Loop : HiddenWindow {
  public:
-    Loop() : HiddenWindow("Wrenlow loop"), waiter(Handle(), kSocketsReady) {
+    Loop() : HiddenWindow("Wrenlow loop"), sockets(Handle(), kFirstSocketMessage, kSocketMessages) {
         OnEnterModalLoop([] { TheLoop().EndTurn(); });
     }
 
-    // Whether anything happened. With `now` nothing that is ready is missed.
-    bool Turn(bool now);
+    // Whether anything happened.
+    bool Turn();
     // Sees to it that a message starts the next turn when there is something to do. Also before a modal loop,
     // which may run within a turn.
     void EndTurn();
     void HasWork();
+    // After a message that came before all input.
+    void LetInputIn();
 
-    SocketWaiter waiter;
+    SocketMessages sockets;
     bool quit = false;
     int exitCode = 0;
 
  private:
     std::optional<LRESULT> OnMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
-    bool HandleSockets(bool now, const bool& stop);
     void ArmTimer();
 
     bool isInTurn_ = false;
     bool isWorkPosted_ = false;
-    std::int64_t armedFor_ = 0;  // the moment that the system's timer is set to
+    std::int64_t armedFor_ = 0;   // the moment that the system's timer is set to, 0 when it has ticked
+    std::int64_t lastInput_ = 0;  // the moment when input was let in last
 };
 
 // Never destroyed: sockets and timers of static storage end after main.
@@ -70,33 +75,30 @@ Loop& TheLoop() {
     return loop;
 }
 
-std::optional<LRESULT> Loop::OnMessage(UINT message, WPARAM, LPARAM) {
-    switch (message) {
-        case kWork:
-            isWorkPosted_ = false;
-            [[fallthrough]];
-        case kSocketsReady:
-            Turn(false);
-            return 0;
-        case WM_TIMER:
-            armedFor_ = 0;
-            Turn(false);
-            return 0;
-        default:
-            return {};
+std::optional<LRESULT> Loop::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+    if (sockets.Owns(message)) {
+        sockets.Note(message, wParam, lParam);
+    } else if (message == kWork) {
+        isWorkPosted_ = false;
+    } else if (message == WM_TIMER) {
+        armedFor_ = 0;
+    } else {
+        return {};
     }
+    Turn();
+    return 0;
 }
 
 // A quit ends the turn after the event that asked for it; turns after that (a clean end flushes) are whole
 // again.
-bool Loop::Turn(bool now) {
+bool Loop::Turn() {
     const bool quitBefore = std::exchange(quit, false);
     const bool& stop = quit;
     isInTurn_ = true;
     bool any = false;
     {
         const net::TurnScope scope;
-        any = HandleSockets(now, stop);
+        for (int pass = 0; pass < kMostPasses && !stop && sockets.Report(stop); ++pass) any = true;
         if (!stop) any |= net::HandleWoken(stop);
         if (!stop) any |= net::TickDueTimers(stop);
         if (!stop) any |= net::RunPostedCalls(stop);
@@ -106,35 +108,17 @@ bool Loop::Turn(bool now) {
     return any;
 }
 
-bool Loop::HandleSockets(bool now, const bool& stop) {
-    const auto until = MonotonicMilliseconds() + kBusyTurnMs;
-    auto reports = waiter.TakeBack(now);
-    if (now && reports.empty()) reports = waiter.Poll();
-    bool any = false;
-    while (!reports.empty() && !stop) {
-        for (const auto& report : reports) {
-            net::ReportReady(report.token, report.events);
-            if (stop) return true;
-        }
-        any = true;
-        if (reports.size() < kSeveral || MonotonicMilliseconds() >= until) break;
-        reports = waiter.Poll();
-    }
-    return any;
-}
-
 void Loop::EndTurn() {
     isInTurn_ = false;
-    waiter.HandOver();
-    if (net::AnyPosted() || net::AnyWoken()) HasWork();
+    if (sockets.AnyReady() || net::AnyPosted() || net::AnyWoken()) HasWork();
     ArmTimer();
 }
 
-// The system's timer goes on ticking with its period; it is set anew only when another moment is due.
+// Set anew only when something is due earlier: a tick that comes too early does no harm.
 void Loop::ArmTimer() {
     const auto wait = net::MillisecondsToFirstTimer(kLongestWaitMs);
     const auto due = MonotonicMilliseconds() + wait;
-    if (due == armedFor_) return;
+    if (armedFor_ != 0 && armedFor_ <= due) return;
     armedFor_ = due;
     SetTimer(Handle(), kTimerId, static_cast<UINT>(std::max<std::int64_t>(wait, 1)), nullptr);
 }
@@ -151,13 +135,14 @@ void Dispatch(MSG& message) {
     DispatchMessageA(&message);
 }
 
-// Posted messages come before input and painting; busy sockets must not keep a person waiting.
-void LetInputIn() {
+void Loop::LetInputIn() {
+    if (MonotonicMilliseconds() - lastInput_ < kInputMs) return;
     MSG message;
     for (int i = 0; i < kMostInput; ++i) {
-        if (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE | PM_QS_INPUT | PM_QS_PAINT) == FALSE) return;
+        if (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE | PM_QS_INPUT | PM_QS_PAINT) == FALSE) break;
         Dispatch(message);
     }
+    lastInput_ = MonotonicMilliseconds();
 }
 
 // Handles one message after waiting for it. False for the message that ends the program's loop.
@@ -165,7 +150,7 @@ bool HandleNextMessage() {
     MSG message;
     if (GetMessageA(&message, nullptr, 0, 0) <= 0) return false;
     Dispatch(message);
-    if (message.message == kSocketsReady) LetInputIn();
+    if (message.message >= WM_APP) TheLoop().LetInputIn();
     return true;
 }
 
@@ -195,12 +180,12 @@ void ProcessPendingEvents() {
     auto& loop = TheLoop();
     bool quits = false;
     for (int i = 0; i < kMostPending; ++i) {
-        bool any = loop.Turn(true);
+        bool any = loop.Turn();
         MSG message;
         if (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE) != FALSE) {
             quits |= message.message == WM_QUIT;
             // What only announces a turn is no event of its own.
-            any |= message.message < WM_APP;
+            any |= message.message != kWork;
             if (message.message != WM_QUIT) Dispatch(message);
         }
         if (!any) break;
@@ -211,7 +196,7 @@ void ProcessPendingEvents() {
 bool RunEventLoopUntil(const std::function<bool()>& done, std::int64_t milliseconds) {
     const auto deadline = MonotonicMilliseconds() + milliseconds;
     auto& loop = TheLoop();
-    loop.Turn(true);
+    loop.Turn();
     Timer alarm;
     alarm.StartOnce(milliseconds);
     bool quits = false;
@@ -228,15 +213,17 @@ bool RunEventLoopUntil(const std::function<bool()>& done, std::int64_t milliseco
 
 namespace os::net {
 
-void WaitFor(SocketHandle socket, Token token, std::uint32_t events, bool) {
-    TheLoop().waiter.Add(static_cast<SOCKET>(socket), token, events);
+void WaitFor(SocketHandle socket, Token token, std::uint32_t events, bool isNew) {
+    auto& loop = TheLoop();
+    loop.sockets.Watch(static_cast<SOCKET>(socket), token, events, isNew);
+    if (loop.sockets.AnyReady()) loop.HasWork();
 }
 
 void StopWaitingFor(SocketHandle, Token token) {
-    TheLoop().waiter.Remove(token);
+    TheLoop().sockets.Unwatch(token);
 }
 void ForgetWaiting(Token token) {
-    TheLoop().waiter.Remove(token);
+    TheLoop().sockets.Forget(token);
 }
 void LoopHasWork() {
     TheLoop().HasWork();

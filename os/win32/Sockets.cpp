@@ -40,11 +40,9 @@ void SetOption(SocketHandle handle, int level, int option, int value) {
     setsockopt(Native(handle), level, option, reinterpret_cast<const char*>(&value), sizeof value);
 }
 
-// Everything a fresh socket needs, however it came to be.
+// Everything a fresh socket needs, however it came to be. It becomes non-blocking with its watch; programs
+// that are started inherit nothing.
 void Prepare(SocketHandle handle) {
-    u_long nonBlocking = 1;
-    ioctlsocket(Native(handle), static_cast<long>(FIONBIO), &nonBlocking);
-    SetHandleInformation(reinterpret_cast<HANDLE>(handle), HANDLE_FLAG_INHERIT, 0);
     SetOption(handle, IPPROTO_TCP, TCP_NODELAY, 1);
 }
 
@@ -107,27 +105,44 @@ Transfer Discard(SocketHandle handle, std::span<char> scratch) {
     return Receive(handle, scratch);
 }
 
+// Sends until all is taken or more is refused: the system tells of new room only after it has refused.
 Transfer Send(SocketHandle handle, std::span<const Part> parts) {
-    std::array<WSABUF, 64> buffers;
-    const auto count = std::min(parts.size(), buffers.size());
-    for (std::size_t i = 0; i < count; ++i) {
-        buffers[i] = {static_cast<ULONG>(parts[i].size), const_cast<char*>(parts[i].bytes)};
+    std::size_t total = 0;
+    std::size_t taken = 0;  // of the first part
+    while (!parts.empty()) {
+        std::array<WSABUF, 64> buffers;
+        const auto count = std::min(parts.size(), buffers.size());
+        for (std::size_t i = 0; i < count; ++i) {
+            buffers[i] = {static_cast<ULONG>(parts[i].size), const_cast<char*>(parts[i].bytes)};
+        }
+        buffers[0].buf += taken;
+        buffers[0].len -= static_cast<ULONG>(taken);
+        DWORD sent = 0;
+        const int result =
+            WSASend(Native(handle), buffers.data(), static_cast<DWORD>(count), &sent, 0, nullptr, nullptr);
+        const auto transfer = Result(result, sent);
+        if (transfer.outcome == Outcome::WouldBlock && total > 0) break;
+        if (transfer.outcome != Outcome::Done) return transfer;
+        total += sent;
+        for (taken += sent; !parts.empty() && taken >= parts[0].size; parts = parts.subspan(1)) {
+            taken -= parts[0].size;
+        }
     }
-    DWORD sent = 0;
-    const int result =
-        WSASend(Native(handle), buffers.data(), static_cast<DWORD>(count), &sent, 0, nullptr, nullptr);
-    return Result(result, sent);
+    return {Outcome::Done, total, 0};
 }
 
-Socket StartConnecting(Address address, std::uint16_t port) {
+Socket OpenOutgoing() {
     auto socket = OpenSocket();
     KeepAlive(socket.Get());
+    return socket;
+}
+
+void StartConnecting(SocketHandle handle, Address address, std::uint16_t port) {
     const auto peer = SocketAddress(address.value, port);
-    if (connect(Native(socket.Get()), reinterpret_cast<const sockaddr*>(&peer), sizeof peer) != 0 &&
+    if (connect(Native(handle), reinterpret_cast<const sockaddr*>(&peer), sizeof peer) != 0 &&
         WSAGetLastError() != WSAEWOULDBLOCK) {
         ThrowSocketError();
     }
-    return socket;
 }
 
 std::int32_t PendingError(SocketHandle handle) {

@@ -38,6 +38,3 @@ class RawPeer {
 
 // Wine ends a connection properly whatever it is asked for, so nobody there sees a reset of its making.
 bool CanAbort();
-
-// Whether a socket that is not being read is told of a reset. Windows tells only who reads or sends.
-extern const bool kTellsResetWithoutReading;

@@ -40,5 +40,3 @@ std::string RawPeer::Receive(std::size_t) {
 bool CanAbort() {
     return true;
 }
-
-const bool kTellsResetWithoutReading = true;

@@ -71,5 +71,3 @@ std::string RawPeer::Receive(std::size_t count) {
 bool CanAbort() {
     return true;
 }
-
-const bool kTellsResetWithoutReading = true;

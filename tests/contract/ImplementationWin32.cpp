@@ -68,5 +68,3 @@ std::string RawPeer::Receive(std::size_t count) {
 bool CanAbort() {
     return GetProcAddress(GetModuleHandleA("ntdll.dll"), "wine_get_version") == nullptr;
 }
-
-const bool kTellsResetWithoutReading = false;
