@@ -35,7 +35,7 @@ constexpr int kMostInput = 16;
 constexpr int kMostPasses = 4;
 
 // The most messages and turns that ProcessPendingEvents handles: some may cause the next for ever.
-constexpr int kMostPending = 256;
+constexpr int kMostPending = 64;
 
 class Loop;
 Loop& TheLoop();

@@ -4,9 +4,11 @@
 
 #include "os/win32/DialogMessages.h"
 
+// Busy sockets announce themselves by messages without end.
 void HandleMessages() {
+    constexpr int kMost = 64;
     MSG message;
-    while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
+    for (int i = 0; i < kMost && PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE); ++i) {
         if (os::TakeDialogMessage(message)) continue;
         TranslateMessage(&message);
         DispatchMessageA(&message);
