@@ -69,7 +69,7 @@ TEST_F(Replacer, RefusesANameThatIsInTheListOnEitherSideAndAnEmptyHalf) {
     const Texts refusal{"The screenname \"asdf 1234\" is already being replaced by \"Fred\"."};
     for (const char* name : {"AsDf1234", "asdf1234", "FRED", "f r e d"}) {
         Add(user, name, "Barney");
-        EXPECT_EQ(os::fake::ShownBoxes().back().icon, os::BoxIcon::Error);
+        for (const auto& box : os::fake::ShownBoxes()) EXPECT_EQ(box.icon, os::BoxIcon::Error);
         EXPECT_EQ(TakeBoxes(), refusal) << name;
         EXPECT_EQ(user.Window().Text("txtReplace"), "Barney") << "what was typed is lost";
     }
