@@ -46,6 +46,9 @@ class Soak:
             write_aliases(self.program.data, ALIASES)
             await self.program.start(SETTINGS | {"logwhere": self.program.path(self.folder.name)})
             await self._run_rounds()
+        except BaseException:
+            print(self.program.state())
+            raise
         finally:
             await self.service.stop()
             await self.program.close(SETTINGS)
@@ -193,11 +196,7 @@ def main():
     arguments = parser.parse_args()
     logging.getLogger("asyncio").setLevel(logging.CRITICAL)
     program = PROGRAMS[arguments.target](arguments.path)
-    try:
-        asyncio.run(Soak(program, arguments.seconds, arguments.seed).run())
-    except BaseException:
-        print(program.state)
-        raise
+    asyncio.run(Soak(program, arguments.seconds, arguments.seed).run())
     print("flat, whole and undisturbed")
 
 

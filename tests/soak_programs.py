@@ -14,7 +14,7 @@ class Soaked:
     def __init__(self, target):
         self._target = target
         self.data, self.path = target.data, target.settings.path
-        self._program, self.state = None, "it was not started"
+        self._program = None
 
     @property
     def address(self):
@@ -37,13 +37,15 @@ class Soaked:
         if not self._program.alive() or self._program.reports():
             raise AssertionError("the program has ended, or reported something")
 
+    def state(self):
+        return self._program.state() if self._program else "the program was not started"
+
     async def held(self):
         held = held_by(self._program.pid)
         return {"KiB": held.memory, "files": held.files, "threads": held.threads}
 
     async def close(self, settings):
         if self._program:
-            self.state = self._program.state()
             self._program.kill()
         for name in settings:
             self._target.settings.set(name, "0")

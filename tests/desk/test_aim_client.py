@@ -47,7 +47,7 @@ class Desk(BoundedTest):
     def state(self):
         if not self.wrenlow or not self.wrenlow.pid:
             return "wrenlow.exe does not run"
-        return "\n".join([f"wrenlow.exe runs as process {self.wrenlow.pid}:", *describe(self.wrenlow.pid)])
+        return "\n".join([f"wrenlow.exe runs as process {self.wrenlow.pid}:", *describe(self.wrenlow.pid, Wrenlow.PORT)])
 
     async def start(self, setupaim="1", revertsettings="0"):
         await registry_set(SETTINGS, setupaim=setupaim, revertsettings=revertsettings, onstartup="0")

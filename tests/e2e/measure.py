@@ -61,20 +61,18 @@ def sockets():
                      timer, when / TICKS, int(inode))
 
 
-def sockets_of(pid):
+def describe(pid, port):
+    """Where each thread of the process waits, and how its sockets and all connections to its port are, as lines."""
     inodes = set()
     for entry in os.scandir(f"/proc/{pid}/fd"):
         try:
             inodes.add(os.readlink(entry.path))
         except FileNotFoundError:
             pass  # closed meanwhile
-    return [socket for socket in sockets() if f"socket:[{socket.inode}]" in inodes]
-
-
-def describe(pid):
-    """Where each thread of the process waits and how each of its sockets is, as lines."""
     for thread in sorted(Path(f"/proc/{pid}/task").iterdir()):
         fields = stat(thread)
         yield (f"thread {thread.name}: {fields[0]} in {(thread / 'wchan').read_text(encoding='ascii')}, "
                f"{(int(fields[11]) + int(fields[12])) / TICKS} s of the processor")
-    yield from map(str, sockets_of(pid))
+    # Wine's server has sockets open that the program has not.
+    yield from (str(end) for end in sockets()
+                if end.inode and (f"socket:[{end.inode}]" in inodes or port in (end.port, end.peer_port)))

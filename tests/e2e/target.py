@@ -73,7 +73,7 @@ class Program:
     def state(self):
         """What can be told of it after a failure: where its threads stand, its sockets, its output."""
         if self.alive():
-            lines = [f"the program runs as process {self.pid}:", *describe(self.pid)][:LINES_TOLD]
+            lines = [f"the program runs as process {self.pid}:", *describe(self.pid, self.port)][:LINES_TOLD]
         else:
             lines = [f"the program has ended with status {self._process.returncode}"]
         output = self.output().splitlines()[-LINES_TOLD:]
