@@ -28,7 +28,8 @@ WARM_UP = 0.25             # of the time: caches, logs and tables reach their si
 USERS = 6
 LINES = 4                  # connections of one session: authorisation, BOS, two services
 CONNECTION_COST = 0.5      # KiB that a closed connection may leave in the table (its slot and two names)
-MEMORY_TOLERANCE = 1_500   # KiB; heaps breathe
+MEMORY_TOLERANCE = 1_500   # KiB; heaps breathe, ...
+TOLERANCE = 3              # ... and so does everything else; what leaks does so by the hundred
 SETTINGS = {"logims": "1", "logfolder": "1", "seehtml": "1"}
 ALIASES = b"".join(b"bud%d\r\nBuddy %d\r\n" % (number, number) for number in range(USERS))
 
@@ -165,7 +166,7 @@ class Soak:
 
     async def _judge(self, warm, held, connections):
         for what, count in held.items():
-            tolerance = MEMORY_TOLERANCE + connections * CONNECTION_COST if what == "KiB" else 0
+            tolerance = MEMORY_TOLERANCE + connections * CONNECTION_COST if what == "KiB" else TOLERANCE
             expect(count <= warm[what] + tolerance, f"{what}: {count}, after the warm-up {warm[what]}")
         await self.program.check()
         # Each message is logged when it goes out and when it comes in.
