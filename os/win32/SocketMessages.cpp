@@ -1,5 +1,7 @@
 #include "os/win32/SocketMessages.h"
 
+#include <utility>
+
 #include "os/net/Watched.h"
 #include "os/win32/SystemError.h"
 
@@ -15,15 +17,19 @@ constexpr long kAllEvents = FD_READ | FD_WRITE | FD_ACCEPT | FD_CONNECT | FD_CLO
 void SocketMessages::Watch(SOCKET socket, net::Token token, std::uint32_t events, bool isNew) {
     if (isNew) {
         const UINT message = first_ + next_++ % count_;
-        if (WSAAsyncSelect(socket, window_, message, kAllEvents) != 0) {
-            ThrowSystemError(static_cast<DWORD>(WSAGetLastError()));
-        }
+        Announce(socket, message);
         entries_[socket] = {token, events, 0, message};
         sockets_[token] = socket;
     }
     auto& entry = entries_.at(socket);
     entry.wanted = events;
     List(entry);
+}
+
+void SocketMessages::Announce(SOCKET socket, UINT message) {
+    if (WSAAsyncSelect(socket, window_, message, kAllEvents) != 0) {
+        ThrowSystemError(static_cast<DWORD>(WSAGetLastError()));
+    }
 }
 
 void SocketMessages::Unwatch(net::Token token) {
@@ -51,8 +57,11 @@ void SocketMessages::Note(UINT message, WPARAM wParam, LPARAM lParam) {
             entry.isAtEnd = true;
             [[fallthrough]];
         case FD_READ:
+            entry.pending |= net::kReadable;
+            break;
         case FD_ACCEPT:
             entry.pending |= net::kReadable;
+            entry.wasCalled = true;
             break;
         case FD_CONNECT:
             if (isError) entry.pending |= net::kBroken;
@@ -81,7 +90,11 @@ bool SocketMessages::Report(const bool& stop) {
         any = true;
         net::ReportReady(token, events);
         entry = Find(token);
-        if (entry != nullptr) List(*entry);
+        if (entry == nullptr) continue;
+        // Wine tells of waiting clients again only after an accept that gave one, and a message that was on
+        // its way when its client was taken already leads to an accept that gives none.
+        if (std::exchange(entry->wasCalled, false)) Announce(sockets_.at(token), entry->message);
+        List(*entry);
     }
     return any;
 }

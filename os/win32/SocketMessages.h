@@ -48,9 +48,12 @@ class SocketMessages {
         std::uint32_t pending;  // ready, and nobody has been told yet
         UINT message;           // tells the socket from an earlier one of the same number
         bool isAtEnd = false;
-        bool isListed = false;  // in ready_
+        bool isListed = false;   // in ready_
+        bool wasCalled = false;  // a listener, by a client
     };
 
+    // Makes the system tell what is ready, and of each change from now on. Throws RuntimeError.
+    void Announce(SOCKET socket, UINT message);
     void List(Entry& entry);
     Entry* Find(net::Token token);
 
