@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -55,20 +56,32 @@ void Drop(Side& side) {
     Drop(*other);
 }
 
+// Sends until all is taken or more is refused: FD_WRITE comes only after a refusal. What was taken, or
+// nothing when the connection is broken.
+std::optional<std::size_t> SendSome(SOCKET handle, std::string_view bytes) {
+    std::size_t taken = 0;
+    while (taken < bytes.size()) {
+        const int count = ::send(handle, bytes.data() + taken, static_cast<int>(bytes.size() - taken), 0);
+        if (count < 0 && ::WSAGetLastError() == WSAEWOULDBLOCK) break;
+        if (count < 0) return std::nullopt;
+        taken += static_cast<std::size_t>(count);
+    }
+    return taken;
+}
+
 bool SendUnsent(Side& side) {
     if (!side.connected || side.unsent.empty()) return true;
-    const int count = ::send(side.handle, side.unsent.data(), static_cast<int>(side.unsent.size()), 0);
-    if (count < 0) return ::WSAGetLastError() == WSAEWOULDBLOCK;
-    side.unsent.erase(0, static_cast<std::size_t>(count));
-    return true;
+    const auto taken = SendSome(side.handle, side.unsent);
+    if (taken) side.unsent.erase(0, *taken);
+    return taken.has_value();
 }
 
 // Sends at once; only what the system does not take is kept.
 bool Send(Side& side, std::string_view bytes) {
     if (side.connected && side.unsent.empty()) {
-        const int count = ::send(side.handle, bytes.data(), static_cast<int>(bytes.size()), 0);
-        if (count < 0 && ::WSAGetLastError() != WSAEWOULDBLOCK) return false;
-        if (count > 0) bytes.remove_prefix(static_cast<std::size_t>(count));
+        const auto taken = SendSome(side.handle, bytes);
+        if (!taken) return false;
+        bytes.remove_prefix(*taken);
     }
     side.unsent += bytes;
     return true;

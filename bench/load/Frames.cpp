@@ -3,6 +3,8 @@
 #include <bit>
 #include <random>
 
+#include "bench/load/Options.h"
+
 namespace bench {
 
 std::uint64_t HashBytes(const std::uint8_t* p, std::size_t n) {
@@ -46,6 +48,7 @@ const std::vector<Template>& FrameMix() {
         for (int i = 0; i < 2048; ++i) {
             bool large = rng() % 100 < 5;
             std::size_t payload = large ? 2048 + rng() % 6145 : 40 + rng() % 261;
+            if (options.payload != 0) payload = options.payload;
             m.push_back(MakeTemplate(kData, RandomBytes(rng, payload - kSnacHeader - kMeta)));
         }
         return m;

@@ -48,7 +48,8 @@ struct Template {
 
 Template MakeTemplate(Subtype subtype, const Bytes& body);
 
-// 95 % of the frames carry 40 to 300 bytes of SNAC payload, 5 % carry 2 to 8 KB. The same in every run.
+// 95 % of the frames carry 40 to 300 bytes of SNAC payload, 5 % carry 2 to 8 KB, unless Options has one
+// length for all. The same in every run.
 const std::vector<Template>& FrameMix();
 // 120 bytes on the wire.
 const Template& PingTemplate();

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "bench/load/Common.h"
+#include "bench/load/Frames.h"
 
 namespace bench {
 
@@ -21,6 +22,7 @@ const char kUsage[] =
     "  --listen PORT       port of the built-in server (default: a free one from 24000)\n"
     "  --scenario A[,B]    throughput latency rate scale churn backpressure split (default: all)\n"
     "  --seconds S         length of one run (default 1.5)\n"
+    "  --payload N         streams of frames of one length (26 to 65535 bytes) instead of the mix\n"
     "  --stream-mb N  --flood-mb N  --churn N  --churn-seconds S  --idle N[,N]\n"
     "  --no-signon         the server sends no sign-on frame\n"
     "  --label NAME  --json FILE\n";
@@ -70,6 +72,8 @@ void ParseOptions(int argc, char** argv) {
             options.streamMb = std::stoull(value());
         else if (a == "--flood-mb")
             options.floodMb = std::stoull(value());
+        else if (a == "--payload")
+            options.payload = std::stoul(value());
         else if (a == "--churn")
             options.churn = std::stoi(value());
         else if (a == "--churn-seconds")
@@ -86,6 +90,8 @@ void ParseOptions(int argc, char** argv) {
             std::exit(2);
         }
     }
+    if (options.payload != 0 && (options.payload < kSnacHeader + kMeta || options.payload > 0xFFFF))
+        Fail("--payload wants 26 to 65535");
     if (options.route != Route::Direct && !options.hasProxy) Fail("--proxy is missing (or use --direct)");
 }
 
