@@ -70,7 +70,7 @@ class SoakedExe(Soaked):
     DIALOGS = (("DDDRE", "Set Away Message", "gone <i>fishing</i>", "Away!"), ("DDDRDE", "Remove Away Message", None, "Back!"),
                ("DDDDRE", "Set Idle Time", "5", "Idle"), ("DDDDRDE", "Unidle", None, "Back!"),
                ("DDE", "Edit Profile", "p" * 300, "Save"), ("DDE", "Edit Profile", "nothing", "Cancel"))
-    FIRST_ROUNDS = 2 * len(DIALOGS)  # the system's own share of a window may come with the second opening
+    FIRST_ROUNDS = 4 * len(DIALOGS)  # GDI objects come in threes at first, to 197, and stay there for 200 rounds
 
     def __init__(self, path):
         super().__init__(Exe(path))
