@@ -63,7 +63,7 @@ TEST_F(FilesContract, ReplacingLeavesTheNewContentAndNothingElse) {
     EXPECT_NO_THROW(os::RemoveFile(In("b.txt")));
 }
 
-TEST_F(FilesContract, ChangesOfFoldersAndInMissingFoldersFailWithANumber) {
+TEST_F(FilesContract, ChangesOfFoldersAndInMissingFoldersFailWithANumberAndALineOfText) {
     for (const auto& place : {In("missing/a.txt"), folder_}) {
         for (const auto change : {os::AppendToFile, os::ReplaceFileWith}) {
             try {
@@ -71,6 +71,8 @@ TEST_F(FilesContract, ChangesOfFoldersAndInMissingFoldersFailWithANumber) {
                 ADD_FAILURE() << place << " was changed";
             } catch (const RuntimeError& error) {
                 EXPECT_NE(error.Number(), 0) << place;
+                const std::string text = error.what();  // stands in sentences and lines
+                EXPECT_TRUE(!text.empty() && text.find_first_of("\r\n") == text.npos) << text;
             }
             EXPECT_FALSE(os::FileExists(place + ".new"));
         }

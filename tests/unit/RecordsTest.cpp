@@ -42,17 +42,22 @@ TEST(clsHeaderFLAP, TellsHowMuchOfAFrameIsThere) {
 
 TEST(clsHeaderFLAP, FourBytesLeaveCompletenessAndLengthOfTheFrameBefore) {
     clsHeaderFLAP flap;
-    flap.ParseData("2A 02 00 06 00 02 'hi'"_hex);
+    flap.ParseData("2A 02 12 06 00 02 'hi'"_hex);
+    EXPECT_EQ(flap.SeqNum(), 0x1206);
     flap.ParseData("2A 04 00 07"_hex);
     EXPECT_FALSE(flap.isIncomplete());
     EXPECT_EQ(flap.MessageLen(), 8);
     EXPECT_EQ(flap.toString(), "2A 04 00 07 00 00"_hex);
 }
 
-TEST(clsHeaderSNAC, KeepsTheRequestIdentifierAndNeedsItWhole) {
-    const auto bytes = "00 04 00 06 00 00 00 00 00 2A 'xyz'"_hex;
+TEST(clsHeaderSNAC, ReadsItsFieldsKeepsTheRequestIdentifierAndNeedsItWhole) {
+    const auto bytes = "01 04 02 06 80 01 00 00 00 2A 'xyz'"_hex;
     clsHeaderSNAC snac;
     snac.ParseData(bytes);
+    EXPECT_EQ(snac.FamID(), 0x104);
+    EXPECT_EQ(snac.SubId(), 0x206);
+    EXPECT_EQ(snac.Flag1(), 0x80);
+    EXPECT_EQ(snac.Flag2(), 1);
     EXPECT_EQ(snac.Data(), "xyz");
     EXPECT_EQ(snac.toString(), bytes);
     for (std::size_t length = 0; length <= 10; ++length) {
