@@ -146,9 +146,9 @@ class Wrenlow:
     def __init__(self, program):
         self._program, self._process = program, None
 
-    async def start(self):
+    async def start(self, checks_for_update=False):
         """Does not wait for anything: boxes may want an answer first."""
-        self._process = await _start(self._program, "d")  # d: no update check
+        self._process = await _start(self._program, *([] if checks_for_update else ["d"]))
 
     async def wait_until_listening(self):
         await until(lambda: self.has_ended() or listens(self.PORT), "the listener")

@@ -1,7 +1,6 @@
 """The programs that tests.soak runs, behind one face: started with settings, commanded, looked into, ended."""
 import asyncio
 import itertools
-import os
 
 from sandbox.desk import Hand, until
 from tests.e2e.measure import held_by
@@ -74,12 +73,11 @@ class SoakedExe(Soaked):
 
     def __init__(self, path):
         super().__init__(Exe(path))
-        self._hand_path = os.path.join(os.path.dirname(path), "../../tests/win32/hand.exe")
         self._hand, self._next = None, itertools.cycle(self.DIALOGS)
 
     async def start(self, settings):
         await super().start(settings)
-        self._hand = await Hand.reach_out(self._hand_path)
+        self._hand = await Hand.reach_out(self._target.hand)
 
     async def command(self, _random):
         keys, title, text, button = next(self._next)

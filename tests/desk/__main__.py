@@ -8,7 +8,9 @@ import sys
 from pathlib import Path
 
 from tests import report
-from tests.desk import test_aim_client, test_dialogs, test_program
+from tests.desk import test_aim_client, test_dialogs, test_program, test_updates
+
+MODULES = [test_aim_client, test_dialogs, test_program, test_updates]
 
 
 def main():
@@ -20,7 +22,7 @@ def main():
 
     logging.getLogger("asyncio").setLevel(logging.ERROR)  # a slow turn of the loop is no news on a busy machine
     test_aim_client.Desk.build = arguments.build.resolve()
-    return report.run("the program on a desk", report.load([test_aim_client, test_dialogs, test_program], arguments.k), arguments.json)
+    return report.run("the program on a desk", report.load(MODULES, arguments.k), arguments.json)
 
 
 sys.exit(main())

@@ -1,4 +1,5 @@
 """Control of the AIM client: what the user is asked, what is written, and which processes end and start."""
+import asyncio
 import tempfile
 
 from sandbox.client import Client
@@ -6,6 +7,7 @@ from sandbox.desk import (CANCEL, OK, PROXY, SCREEN_NAME, SETTINGS, AimClient, B
                           registry_set, registry_values, until)
 from sandbox.service import Service
 from tests.e2e.measure import describe
+from tests.e2e.target import Bystander
 from tests.report import BoundedTest
 
 FINAL_SETUP = Box("Final Setup", "Wrenlow will now change AIM's connection preferences", [OK, CANCEL])
@@ -22,6 +24,7 @@ TITLES = {f"{SCREEN_NAME}'s Buddy List Window", "fred - Instant Message", "Buddy
 class Desk(BoundedTest):
     """A desk with a service, an AIM client that is not started yet, and settings that change nothing by themselves."""
     LONGEST = 180
+    PROGRAM = "app/shell/wrenlow.exe"
     build = None    # set by the runner
     wrenlow = None  # from each test's beginning
 
@@ -35,7 +38,7 @@ class Desk(BoundedTest):
         self.addAsyncCleanup(self.hand.rest)
         self.aim = AimClient(self.build / "sandbox/aim/aim.exe", folder.name, self.service)
         self.addAsyncCleanup(self.aim.close, self.hand)
-        self.wrenlow = Wrenlow(self.build / "app/shell/wrenlow.exe")
+        self.wrenlow = Wrenlow(self.build / self.PROGRAM)
         self.addAsyncCleanup(self.wrenlow.close)
         await registry_forget(PROXY)
         await registry_forget(SETTINGS)
@@ -49,9 +52,18 @@ class Desk(BoundedTest):
             return "wrenlow.exe does not run"
         return "\n".join([f"wrenlow.exe runs as process {self.wrenlow.pid}:", *describe(self.wrenlow.pid, Wrenlow.PORT)])
 
-    async def start(self, setupaim="1", revertsettings="0"):
+    async def start(self, setupaim="1", revertsettings="0", **options):
         await registry_set(SETTINGS, setupaim=setupaim, revertsettings=revertsettings, onstartup="0")
-        await self.wrenlow.start()
+        await self.wrenlow.start(**options)
+
+    async def accompany(self):
+        """Begins a conversation through it that nothing may disturb."""
+        await self.wrenlow.wait_until_listening()
+        self.bystander = await asyncio.to_thread(Bystander, Wrenlow.PORT)
+        self.addCleanup(self.bystander.kill)
+
+    async def undisturbed(self):
+        await asyncio.to_thread(self.bystander.how_it_goes)
 
     async def start_set_up(self, **settings):
         """Both programs run, the client signed on through Wrenlow; gives the client's process."""

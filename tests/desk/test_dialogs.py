@@ -1,13 +1,11 @@
 """The command dialogs of wrenlow.exe, opened from the tray: what arrives at the service, byte for byte, for everybody
 signed on and for one of two. A conversation goes on meanwhile."""
-import asyncio
 import struct
 
 from sandbox.client import Client
 from sandbox.desk import Wrenlow, until
 from sandbox.wire import tlv
 from tests.desk.test_aim_client import Desk
-from tests.e2e.target import Bystander
 
 ADA, BOB = "Ada Sample", "Bob Sample"
 CHARSET = b'text/aolrtf; charset="us-ascii"'
@@ -21,9 +19,7 @@ class Dialogs(Desk):
     async def asyncSetUp(self):
         await super().asyncSetUp()
         await self.start(setupaim="0")
-        await self.wrenlow.wait_until_listening()
-        self.bystander = await asyncio.to_thread(Bystander, Wrenlow.PORT)
-        self.addCleanup(self.bystander.kill)
+        await self.accompany()
         self.clients = []
         for name in (ADA, BOB):
             client = Client(name, (self.service.host, self.service.port), ("127.0.0.1", Wrenlow.PORT))
@@ -34,7 +30,7 @@ class Dialogs(Desk):
         self.ignored = len(self.service.events.items)
 
     async def asyncTearDown(self):
-        await asyncio.to_thread(self.bystander.how_it_goes)
+        await self.undisturbed()
         await super().asyncTearDown()
 
     async def open(self, keys, title):
@@ -72,7 +68,7 @@ class Dialogs(Desk):
         await self.hand.do("fill Set Idle Time\t0\t65536", "filled")
         await self.hand.do("push Set Idle Time\tIdle", "open")
         self.assertEqual((await self.hand.next_box()).text, "Enter a number between 0 and 65535 inclusive.")
-        await asyncio.to_thread(self.bystander.how_it_goes)
+        await self.undisturbed()
         await self.hand.press(1)
         await self.hand.do("fill Set Idle Time\t0\t45", "filled")
         await self.hand.do("push Set Idle Time\tIdle", "closed")

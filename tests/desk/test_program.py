@@ -1,4 +1,5 @@
 """wrenlow.exe at its start, at work behind an open box, and at the end of the session; its hold on AIM's windows."""
+import asyncio
 import socket
 
 from sandbox.client import Client
@@ -66,14 +67,27 @@ class Program(Desk):
         for opens, closes_by_itself in ((self.opens_about, True), (self.opens_menu, False)):
             with self.subTest(opens.__name__):
                 await self.start_listening()
+                await self.accompany()
                 ada = await self.client("Ada")
                 await opens()
+                await asyncio.to_thread(self.bystander.expect_end)
                 await self.hand.do("end session", "ended")
+                await asyncio.to_thread(self.bystander.see_the_end)
                 await ada.bos.ended()
                 self.assertEqual(await self.hand.ask("tray C"), "no tray icon")
                 if not closes_by_itself:  # Wine's menus do not hear that the program wants to end
                     await self.hand.do(f"keys {ESCAPE}", "pressed")
                 self.assertEqual(await self.wrenlow.end(), 0)
+
+    async def test_a_taskbar_that_is_restarted_again_and_again_disturbs_nobody(self):
+        await self.start_listening()
+        await self.accompany()
+        for _ in range(20):
+            await self.hand.do("new taskbar", "heard")
+            await self.undisturbed()
+        await self.opens_about()  # the icon is in use
+        await self.undisturbed()
+        await self.hand.press(OK)
 
     async def test_only_the_chosen_kind_of_window_is_translucent_until_it_is_switched_off(self):
         await self.aim.start()

@@ -55,7 +55,7 @@ def main():
             program.wait_until_listening()
             program.accompany()
             held = all([*reach(program), *garbage(program)])
-            program.release_bystander()
+            program.bystander.how_it_goes()
             return 0 if held else 1
         finally:
             program.kill()

@@ -88,19 +88,19 @@ class Program:
         if not self.alive():
             raise RuntimeError(f"ended at once: {self.state()}")
 
+    def expect_end(self):
+        """From now on the program may close the bystander's conversation."""
+        self.bystander.expect_end()
+
     def wait(self):
-        """The exit status."""
-        return self._process.wait(PATIENCE)
+        """The exit status. The bystander's conversation was undisturbed to the end."""
+        status = self._process.wait(PATIENCE)
+        self.bystander.see_the_end()
+        return status
 
     def ask_to_end(self):
-        self.release_bystander()
+        self.expect_end()
         self._process.send_signal(signal.SIGTERM)
-
-    def release_bystander(self):
-        """Its conversation is over, and was undisturbed to the end."""
-        if self.bystander:
-            self.bystander.part()
-            self.bystander = None
 
     def kill(self):
         """Ends it, whatever it does."""
@@ -130,11 +130,13 @@ class Bystander:
         this was asked before."""
         return self._answer(b"how is it going?\n")
 
-    def part(self):
-        seconds = self._answer(b"good bye\n")
-        self._process.wait(PATIENCE)
+    def expect_end(self):
+        self._answer(b"until the end\n")
+
+    def see_the_end(self):
+        """Of the conversation, which the program has ended without losing anything."""
+        self._hear()
         self.kill()
-        return seconds
 
     def kill(self):
         self._process.kill()
@@ -148,6 +150,9 @@ class Bystander:
             self._process.stdin.flush()
         except BrokenPipeError:
             pass  # it has something to say
+        return self._hear()
+
+    def _hear(self):
         answer = self._process.stdout.readline().decode().strip()  # comes, because it waits for nothing without a bound
         if not answer.startswith("well "):
             raise AssertionError(f"the conversation beside the test was disturbed: {answer or 'it has ended'}")
@@ -185,7 +190,7 @@ class WindowsProgram(Program):
         wait_until(lambda: not listens(self.port), f"port {self.port} is still taken")
 
     def ask_to_end(self):
-        self.release_bystander()
+        self.expect_end()
         # Closes the hidden main window, as the tray menu does in the end. (A signal would only hit Wine's loader.)
         subprocess.run(["wine", "taskkill", "/im", "wrenlow.exe"], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
                        timeout=PATIENCE, check=True)
@@ -208,6 +213,7 @@ class Exe:
         self._folder = tempfile.TemporaryDirectory()
         self.data = self._folder.name
         self._copy = shutil.copy(path, self.data)
+        self.hand = os.path.join(os.path.dirname(self.path), "../../tests/win32/hand.exe")
         self.settings = ExeSettings()
 
     def _has_the_port(self):

@@ -3,10 +3,12 @@ import asyncio
 import socket
 import struct
 
+from sandbox.desk import Hand
 from sandbox.record import PATIENCE
 from sandbox.wire import DATA, HELLO, SIGN_ON
 from tests.e2e import support
 from tests.e2e.support import RelayTest, waiting_in_the_kernel, within
+from tests.e2e.target import listens, wait_until
 
 SIZE = 994  # bytes of payload: with the header 1000
 FRAME = 1000
@@ -18,6 +20,20 @@ class End(RelayTest):
         pass  # the program is gone, as it should be
 
     async def test_what_is_queued_for_a_slow_reader_goes_out_before_a_clean_exit(self):
+        await self.goes_out_before(lambda: asyncio.to_thread(support.program.ask_to_end))
+
+    async def test_and_before_the_windows_session_ends(self):
+        if support.target.name != "exe":
+            self.skipTest("a signal ends the native program")
+        hand = await Hand.reach_out(support.target.hand)
+        self.addAsyncCleanup(hand.rest)
+
+        async def end_session():
+            await asyncio.to_thread(support.program.expect_end)
+            await hand.do("end session", "ended")
+        await self.goes_out_before(end_session)
+
+    async def goes_out_before(self, end):
         port, next_arrival = await self.bare_server()
         slow = socket.socket()
         slow.settimeout(PATIENCE)
@@ -32,8 +48,10 @@ class End(RelayTest):
         server.write(stream)
         taken = len(stream) - await within(left_when_nothing_moves(server))
 
-        await asyncio.to_thread(support.program.ask_to_end)
+        ending = asyncio.create_task(end())
+        await asyncio.to_thread(wait_until, lambda: not listens(support.program.port), "the program does not begin to end")
         arrived = await within(asyncio.to_thread(read_to_the_end, slow))
+        await ending
         self.assertEqual(len(arrived) % FRAME, 0)
         self.assertGreaterEqual(len(arrived), taken // FRAME * FRAME)
         self.assertTrue(stream.startswith(arrived))

@@ -135,7 +135,7 @@ class LogFolders(FeatureTest):
     async def test_a_file_that_another_program_has_locked(self):
         if support.target.name != "exe":
             self.skipTest("only Windows has locks that keep others out")
-        hand = await Hand.reach_out(os.path.join(os.path.dirname(support.target.path), "../../tests/win32/hand.exe"))
+        hand = await Hand.reach_out(support.target.hand)
         self.addAsyncCleanup(hand.rest)
         folder = self.folder()
 

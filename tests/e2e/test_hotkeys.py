@@ -27,7 +27,6 @@ class Hotkeys(RelayTest):
     async def asyncSetUp(self):
         if support.target.name != "exe":
             self.skipTest("only wrenlow.exe has hotkeys")
-        self.hand = os.path.join(os.path.dirname(support.target.path), "../../tests/win32/hand.exe")
         store(KEY, "enablehotkey", "1")
         store(KEY + r"\hotkeys", "n", "2000000000")  # a damaged list counts as far as it goes
         for number, parts in enumerate(HOTKEYS, 1):
@@ -41,7 +40,7 @@ class Hotkeys(RelayTest):
         pass  # the program is gone, as it should be
 
     async def press(self, *codes):
-        await asyncio.to_thread(wine, self.hand, "keys", *map(str, codes))
+        await asyncio.to_thread(wine, support.target.hand, "keys", *map(str, codes))
 
     async def until_back(self, name):
         while self.service.user(name).away:
@@ -57,13 +56,13 @@ class Hotkeys(RelayTest):
         await within(self.until_back("Ada Sample"))
 
         with tempfile.TemporaryDirectory() as folder:
-            aim = shutil.copy(self.hand, os.path.join(folder, "aim.exe"))  # any program that stays for a while
+            aim = shutil.copy(support.target.hand, os.path.join(folder, "aim.exe"))  # any program that stays for a while
             client = subprocess.Popen(["wine", aim], stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
             try:
                 client.stdin.write(b"hello\n")
                 client.stdin.flush()
                 self.assertTrue(await within(asyncio.to_thread(client.stdout.readline)))  # it runs
-                support.program.release_bystander()
+                support.program.expect_end()
                 await self.press(CONTROL, SHIFT, F9)
                 self.assertEqual(await asyncio.to_thread(support.program.wait), 0)
                 await asyncio.to_thread(client.wait, PATIENCE)

@@ -16,6 +16,7 @@
 //   select TITLE, N, ENTRY  between tabs: chooses an entry, from 0, in the window's Nth drop-down list
 //   push TITLE, CAPTION     between tabs: pushes the window's button or check box
 //   end session             tells Wrenlow's main window that the Windows session ends, and waits for it
+//   new taskbar             tells Wrenlow's icon, as a taskbar does at its start, and waits until it has heard
 //   lock PATH               opens the file so that nobody else can, until "unlock"
 //   holdings                what Wrenlow holds of the system, as "handles N gdi N windows N"
 // clang-format on
@@ -255,6 +256,14 @@ std::string EndSession() {
     return "ended";
 }
 
+std::string NewTaskbar() {
+    DWORD_PTR heard = 0;
+    const UINT created = RegisterWindowMessageA("TaskbarCreated");
+    return SendMessageTimeoutA(TrayWindowHandle(), created, 0, 0, SMTO_NORMAL, kPatienceMs, &heard) == 0
+               ? "no answer"
+               : "heard";
+}
+
 HANDLE lockedFile = INVALID_HANDLE_VALUE;
 
 std::string Lock(const std::string& path) {
@@ -289,6 +298,7 @@ std::string Obey(const std::string& line) {
     if (word == "select") return Select(rest);
     if (word == "push") return Push(rest);
     if (line == "end session") return EndSession();
+    if (line == "new taskbar") return NewTaskbar();
     if (word == "lock") return Lock(rest);
     if (line == "unlock") return Unlock();
     if (line == "holdings") return HoldingsOfWrenlow();

@@ -1,0 +1,80 @@
+"""Update checks of a wrenlow.exe whose update server (tests/win32/CMakeLists.txt) is played here, by somebody who means no good.
+A conversation goes on meanwhile."""
+import asyncio
+import itertools
+import os
+import socket
+import struct
+
+from sandbox.desk import OK, Box, until
+from sandbox.record import within
+from tests.desk.test_aim_client import Desk
+
+SERVER = "127.0.0.1", 11081
+REQUEST = b"GET /wrenlow/latest_version.php HTTP/1.1\r\nHost: localhost\r\n\r\n"
+GOOD = b"HTTP/1.1 200 OK\r\n"
+UP_TO_DATE = GOOD + b"\r\nUpdate: 17 /a b\r\n"
+FAILED = Box("Wrenlow", "The connection to the update server failed.", [OK])
+NOTHING_NEW = Box("Wrenlow", "There are no new updates at this time.", [OK])
+
+RESET = b""
+
+# A reply as chunks that are sent one by one for as long as they are taken, and what the user is told of it.
+REPLIES = {
+    "garbage": ([os.urandom(100_000)], FAILED),
+    "no reply at all": ([], FAILED),
+    "a head without end": (itertools.chain([GOOD], itertools.repeat(b"X: " + b"y" * 997 + b"\r\n")), FAILED),
+    "a line without end": (itertools.repeat(b"HTTP/1.1 200 " * 100), FAILED),
+    "a body without end": (itertools.chain([GOOD + b"\r\n"], itertools.repeat(b"Update : 18 /a b\r\n" * 50)), FAILED),
+    "a chunk without end": (itertools.chain([GOOD + b"Transfer-Encoding: chunked\r\n\r\nffffffff\r\n"], itertools.repeat(b"0" * 900)),
+                            FAILED),
+    "a length that is none": ([GOOD + b"Content-Length: -1\r\n\r\nUpdate: 18 /a b\r\n"], FAILED),
+    "a reset": ([GOOD, RESET], FAILED),
+    "a path that ends the request": ([GOOD + b"\r\nUpdate: 18 /a\n\nGET b\r\n"], FAILED),
+    "single bytes": ([bytes([byte]) for byte in UP_TO_DATE], NOTHING_NEW),
+    "more than was asked for": (itertools.chain([UP_TO_DATE], itertools.repeat(b"z" * 900)), NOTHING_NEW),
+}
+
+
+class Updates(Desk):
+    PROGRAM = "tests/win32/asking/wrenlow.exe"
+
+    async def asyncSetUp(self):
+        await super().asyncSetUp()
+        self.chunks = itertools.repeat(b"y")  # single bytes without end for the check at the start, of which nobody is told
+        self.ended = asyncio.Queue()
+        server = await asyncio.start_server(self.answer, *SERVER)
+        self.addCleanup(server.close)
+        await self.start(setupaim="0", checks_for_update=True)
+        await self.accompany()
+
+    async def answer(self, reader, writer):
+        connection = writer.get_extra_info("socket")
+        connection.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
+        try:
+            if await within(reader.readexactly(len(REQUEST))) != REQUEST:
+                raise AssertionError("another request")
+            for chunk in self.chunks:
+                if chunk == RESET:
+                    connection.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
+                writer.write(chunk)
+                await writer.drain()
+                await asyncio.sleep(0)
+        except ConnectionError:
+            pass  # it has been given up
+        writer.close()
+        self.ended.put_nowait(reader)
+
+    async def test_a_hostile_reply_is_given_up_and_disturbs_nobody(self):
+        await within(self.ended.get(), "the end of the check at the start")
+        await self.hand.do("menu UUUUE", "chosen")
+        async def shown():
+            return "Settings" in await self.hand.windows()
+        await until(shown, "Settings")
+        for what, (self.chunks, told) in REPLIES.items():
+            with self.subTest(what):
+                await self.hand.do("push Settings\tCheck for updates now", "open")
+                self.assertEqual(await self.hand.next_box(), told)
+                await self.undisturbed()
+                await self.hand.press(OK)
+                await within(self.ended.get(), "the end of the connection")
