@@ -4,6 +4,7 @@
 ;
 ;   setup.exe [/S] [/D=FOLDER]        /S asks nothing and shows nothing; /D comes last and takes no quotes
 ;   uninstall.exe [/S] [/SETTINGS]    /SETTINGS removes settings, hotkeys and aliases without asking
+;   uninstall.exe /S /MOVED _?=FOLDER for setup.exe: Wrenlow goes on elsewhere, so only what lies in the folder goes
 ; Exit status: 0 done, 1 cancelled by the user, 2 not done (a file cannot be written, or Wrenlow does not end).
 
 Unicode true
@@ -82,9 +83,30 @@ FunctionEnd
 !insertmacro EndRunning ""
 !insertmacro EndRunning "un."
 
+; A user has one Wrenlow, because its port is one, and so are settings and the entry in Windows' list of programs. One in
+; another folder would be left behind without an entry that removes it.
+Function RemoveElsewhere
+  ReadRegStr $0 HKCU "${UNINSTALL_KEY}" "InstallLocation"
+  ${If} $0 == ""
+  ${OrIf} $0 == $INSTDIR
+  ${OrIfNot} ${FileExists} "$0\uninstall.exe"
+    Return
+  ${EndIf}
+  CreateDirectory "$INSTDIR"
+  Rename "$0\repl.dat" "$INSTDIR\repl.dat" ; does nothing if one is there
+  ExecWait '"$0\uninstall.exe" /S /MOVED _?=$0'
+  Delete "$0\uninstall.exe" ; which runs from its place then
+  RMDir "$0"
+  ReadRegStr $1 HKCU "${RUN_KEY}" "Wrenlow"
+  ${If} $1 != ""
+    WriteRegStr HKCU "${RUN_KEY}" "Wrenlow" "$INSTDIR\wrenlow.exe"
+  ${EndIf}
+FunctionEnd
+
 Section
   Call EndRunning
   SetShellVarContext current
+  Call RemoveElsewhere
   ; Pages that this version has no more. Only where an earlier version was: any other folder "manual" is not ours.
   ${If} ${FileExists} "$INSTDIR\wrenlow.exe"
     RMDir /r "$INSTDIR\manual"
@@ -129,13 +151,10 @@ Function un.RemoveSettings
   Delete "$INSTDIR\repl.dat"
 FunctionEnd
 
-Section "Uninstall"
-  Call un.EndRunning
-  SetShellVarContext current
+; What a user without Wrenlow does not need any more; of the settings, what he decides.
+Function un.LeaveUser
   DeleteRegValue HKCU "${RUN_KEY}" "Wrenlow"
-  StrCpy $outcome "Wrenlow was removed."
   Call un.SwitchProxyOff
-
   ${GetParameters} $0
   ClearErrors
   ${GetOptions} $0 "/SETTINGS" $1
@@ -144,6 +163,18 @@ Section "Uninstall"
   ${ElseIf} ${Cmd} `MessageBox MB_YESNO|MB_ICONQUESTION|MB_DEFBUTTON2 \
       "Remove your settings, hotkeys and aliases too? Your logs stay in any case." /SD IDNO IDYES`
     Call un.RemoveSettings
+  ${EndIf}
+FunctionEnd
+
+Section "Uninstall"
+  Call un.EndRunning
+  SetShellVarContext current
+  StrCpy $outcome "Wrenlow was removed."
+  ${GetParameters} $0
+  ClearErrors
+  ${GetOptions} $0 "/MOVED" $1
+  ${If} ${Errors}
+    Call un.LeaveUser
   ${EndIf}
 
   !include "${LISTS}/remove.nsh"

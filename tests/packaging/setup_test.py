@@ -1,16 +1,19 @@
-"""The setup program and its uninstaller, run silently as a user would run them, and the installed program.
+"""The setup program and its uninstaller, run as a user would run them, and the installed program.
 
 Only 64-bit programs run everywhere where tests run, so the setup program under test is one made for them, out of the
 same script as the 32-bit one that ships.
 """
+import asyncio
 import os
 import shutil
+import signal
 import subprocess
 import tempfile
 import unittest
 from pathlib import Path
 
 from sandbox.client import Client
+from sandbox.desk import Hand, until
 from sandbox.service import Service
 from tests.e2e.target import Exe, listens, wait_until
 
@@ -20,6 +23,8 @@ from .windows import PROXY_KEY, RUN_KEY, SETTINGS_KEY, UNINSTALL_KEY
 ROOT = Path(__file__).resolve().parents[2]
 BUILT = ROOT / "build/win64/app/shell/wrenlow.exe"
 OLD, NEW = "2.0.16", "2.0.17"
+HAND = ROOT / "build/win64/tests/win32/hand.exe"
+RETRY, YES = 4, 6  # buttons of boxes
 ADDRESS = "127.0.0.1", Exe.PORT
 
 
@@ -73,6 +78,7 @@ class Setup(unittest.IsolatedAsyncioTestCase):
         self.addCleanup(process.wait)
         self.addCleanup(windows.run, "taskkill", "/im", "wrenlow.exe")
         self.wait_until_listening()
+        return process
 
     @staticmethod
     def wait_until_listening():
@@ -111,21 +117,61 @@ class Setup(unittest.IsolatedAsyncioTestCase):
         self.assertEqual(windows.values(PROXY_KEY)["Enabled"], 0)
         self.assertEqual(windows.values(SETTINGS_KEY)["checkupdate"], "0")
 
-    def test_goes_where_it_is_told_to_removes_settings_and_never_touches_another_proxy(self):
-        self.home = windows.drive_c() / "Another place" / "Wrenlow"
+    def test_moves_where_it_is_told_to_removes_settings_and_never_touches_another_proxy(self):
+        self.install(OLD)
+        (self.home / "repl.dat").write_bytes(b"tomsample\r\nTom\r\n")
+        (self.home / "mine.txt").touch()
+        windows.write(RUN_KEY, "Wrenlow", windows.windows_path(self.home / "wrenlow.exe"))
+        for name, value in (("Enabled", 1), ("Host", "127.0.0.1"), ("Port", Exe.PORT)):
+            windows.write(PROXY_KEY, name, value)
+        before, self.home = self.home, windows.drive_c() / "Another place" / "Wrenlow"
         self.addCleanup(shutil.rmtree, self.home.parent, True)
-        windows.write(PROXY_KEY, "Enabled", 1)
-        windows.write(PROXY_KEY, "Host", "127.0.0.1")
-        windows.write(PROXY_KEY, "Port", 1080)
         program, folder = map(windows.windows_path, (self.setup[NEW], self.home))
         self.assertEqual(windows.run_line(f'"{program}" /S /D={folder}'), 0)  # blanks and all, without quotes
-        self.assertIn("wrenlow.exe", self.installed())
+        self.assertEqual([path.name for path in before.iterdir()], ["mine.txt"])
+        self.assertEqual(self.installed(), ["manual/index.html", "manual/new.html", "repl.dat", "uninstall.exe", "wrenlow.exe"])
         self.assertEqual(windows.values(UNINSTALL_KEY)["InstallLocation"], folder)
-        (self.home / "repl.dat").write_bytes(b"tomsample\r\nTom\r\n")
+        self.assertEqual(windows.values(RUN_KEY)["Wrenlow"], folder + "\\wrenlow.exe")
+        self.assertEqual(windows.values(PROXY_KEY)["Enabled"], 1)
+        windows.write(PROXY_KEY, "Port", 1080)
         self.uninstall("/SETTINGS")
         self.assertIsNone(windows.values(SETTINGS_KEY))
         self.assertFalse(self.home.exists())
         self.assertEqual(windows.values(PROXY_KEY)["Enabled"], 1)
+
+    async def test_a_program_that_does_not_close_is_given_up_in_silence_and_asked_about_otherwise(self):
+        self.install(OLD)
+        program = self.start()
+        hand = await Hand.reach_out(HAND)
+        self.addAsyncCleanup(hand.rest)
+
+        async def turn_page(title, button, answer):
+            async def turned():
+                return await hand.ask(f"push {title}\t{button}") == answer
+            await until(turned, f"{button} in {title!r}")
+
+        os.kill(program.pid, signal.SIGSTOP)
+        self.addCleanup(os.kill, program.pid, signal.SIGCONT)
+        silent, asking = windows.start(self.setup[NEW], "/S"), windows.start(self.setup[NEW])
+        await turn_page("Wrenlow Setup ", "&Install", "open")
+        self.assertRegex((await hand.next_box()).text, "^Wrenlow is still running.")
+        self.assertEqual(await asyncio.to_thread(silent.wait, windows.LONGEST), 2)
+        self.assertEqual(self.installed(), ["manual/index.html", "manual/old.html", "uninstall.exe", "wrenlow.exe"])
+        os.kill(program.pid, signal.SIGCONT)
+        await hand.press(RETRY)
+        await turn_page("Wrenlow Setup ", "&Finish", "closed")
+        self.assertEqual(await asyncio.to_thread(asking.wait, windows.LONGEST), 0)
+        self.assertEqual(windows.values(UNINSTALL_KEY)["DisplayVersion"], NEW)
+        await asyncio.to_thread(self.wait_until_listening)  # the last page has started it
+
+        await asyncio.to_thread(windows.run, self.home / "uninstall.exe")  # hands over, see above
+        await turn_page("Wrenlow Uninstall ", "&Uninstall", "open")
+        self.assertRegex((await hand.next_box()).text, "^Remove your settings, hotkeys and aliases too?")
+        await hand.press(YES)
+        await turn_page("Wrenlow Uninstall ", "&Close", "closed")
+        self.assertFalse(self.home.exists())
+        self.assertIsNone(windows.values(SETTINGS_KEY))
+        self.assertEqual(windows.values(PROXY_KEY)["Enabled"], 0)
 
     async def test_works_in_a_folder_with_blanks_and_letters_beyond_ascii(self):
         self.home = windows.drive_c() / "Prögrams and möre" / "Wrenlów 2"

@@ -71,7 +71,7 @@ def remove(key):
     run("reg", "delete", key, "/f")
 
 
-def start(program):
+def start(program, *arguments):
     """Starts a program and leaves it alone; the prefix's end is its end too."""
-    return subprocess.Popen(["wine", str(program)], env=ENVIRONMENT, stdin=subprocess.DEVNULL,
+    return subprocess.Popen(["wine", str(program), *arguments], env=ENVIRONMENT, stdin=subprocess.DEVNULL,
                             stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)

@@ -230,12 +230,15 @@ std::string Select(std::string fields) {
 std::string Push(std::string fields) {
     const HWND window = VisibleWindow(TakeField(fields));
     for (const HWND button : ControlsIn(window, "Button")) {
-        if (TextOf(button) != fields) continue;
+        if (TextOf(button) != fields || !IsWindowEnabled(button)) continue;
         PostMessageA(button, BM_CLICK, 0, 0);
         const auto style = GetWindowLongA(button, GWL_STYLE) & BS_TYPEMASK;
         if (style == BS_CHECKBOX || style == BS_AUTOCHECKBOX) return "checked";
-        // A window that asks something is disabled meanwhile.
-        Eventually([&] { return !IsWindowVisible(window) || !IsWindowEnabled(window); });
+        // A window that asks something is disabled meanwhile; one of several pages changes its button.
+        Eventually([&] {
+            return !IsWindowVisible(window) || !IsWindowEnabled(window) || !IsWindowEnabled(button) ||
+                   TextOf(button) != fields;
+        });
         return IsWindowVisible(window) ? "open" : "closed";
     }
     return "no such button";
