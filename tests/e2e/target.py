@@ -93,9 +93,10 @@ class Program:
         self.bystander.expect_end()
 
     def wait(self):
-        """The exit status. The bystander's conversation was undisturbed to the end."""
+        """The exit status. The bystander's conversation, if there is one, was undisturbed to the end."""
         status = self._process.wait(PATIENCE)
-        self.bystander.see_the_end()
+        if self.bystander:
+            self.bystander.see_the_end()
         return status
 
     def ask_to_end(self):
