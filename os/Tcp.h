@@ -9,8 +9,8 @@
 //   4. After Close() no event comes. A handler may close or destroy any socket, its own included.
 //   5. Listening on a port again keeps the clients that wait in the backlog. Loopback only, and nobody else
 //      can listen on the same address and port.
-//   6. While more than kQueueLimit bytes wait on one socket, the socket that was told to read for it is not
-//      read; reading resumes at half. One stuck reader costs a fixed amount of memory and slows nobody else.
+//   6. Of what a socket reads for another, kQueueLimit bytes at most wait there: then it is not read, and
+//      reading resumes at half. One stuck reader costs a fixed amount of memory and slows nobody else.
 //   7. Fairness: a busy socket gets a turn of at most kTurnBytes, then the others, timers and other events.
 //
 // All sockets share one read buffer. What Data hands out lies in it and may be changed in place; a part of it
@@ -83,7 +83,7 @@ class TcpSocket {
     // Bytes accepted by Send that the system has not taken yet.
     std::size_t QueuedBytes() const;
 
-    // What this socket receives goes out on `partner`: reading pauses while the partner's queue is over
+    // What this socket receives goes out on `partner`: reading pauses when the partner's queue is at
     // kQueueLimit and resumes at half of it. The link ends with either socket. One partner per socket.
     void ReadFor(TcpSocket& partner);
 

@@ -110,7 +110,7 @@ bool MayRead(SocketState& state) {
     if (state.held) return false;
     if (state.partner != nullptr) {
         const auto queued = state.partner->socket->QueuedBytes();
-        if (queued > os::kQueueLimit) state.paused = true;
+        if (queued >= os::kQueueLimit) state.paused = true;
         if (queued <= os::kQueueLimit / 2) state.paused = false;
     }
     return !state.paused;
@@ -127,7 +127,8 @@ void SendBorrowed() {
 
 void Deliver(SocketState& state) {
     auto& side = *state.side;
-    std::string bytes = side.inbox.substr(0, os::kReadChunk);
+    const auto queued = state.partner != nullptr ? state.partner->socket->QueuedBytes() : 0;
+    std::string bytes = side.inbox.substr(0, std::min(os::kReadChunk, os::kQueueLimit - queued));
     side.inbox.erase(0, bytes.size());
     if (const auto opposite = side.opposite.lock()) os::fake::Flow(*opposite);
 

@@ -9,7 +9,13 @@
 namespace os::net {
 namespace {
 
+// Windows tells of each waiting client by itself, and a look in vain costs a call to the wineserver under
+// Wine.
+#ifdef _WIN32
+constexpr int kAcceptsPerTurn = 1;
+#else
 constexpr int kAcceptsPerTurn = 16;
+#endif
 // When open files or memory have run out, accepting waits so long: the clients wait in the backlog meanwhile.
 constexpr std::int64_t kPauseMs = 100;
 
@@ -31,7 +37,7 @@ auto FindRequest(std::int32_t id) {
 Acceptor::Acceptor(TcpListener& listener, std::uint16_t port)
     : listener_(&listener), handle_(ListenOnLoopback(port)), port_(PortOf(handle_.Get())) {
     resume_.Tick.Bind<&Acceptor::resume_Tick>(*this);
-    Watch(handle_.Get(), kReadable);
+    Watch(handle_.Get(), kAcceptable);
 }
 
 void Acceptor::Stop() {
@@ -49,9 +55,10 @@ void Acceptor::Ready(std::uint32_t) {
                 Raise(std::move(accepted));
                 break;
             case AcceptOutcome::NobodyWaits:
+                if (count == 0) LookAnew();
                 return;
             case AcceptOutcome::ClientIsGone:
-                break;
+                return LookAnew();
             case AcceptOutcome::OutOfResources:
                 return Pause();
         }
@@ -66,13 +73,24 @@ void Acceptor::Raise(Socket accepted) {
     if (left != requests.end()) requests.erase(left);
 }
 
+// Wine tells of waiting clients again only after an accept that gave one, and a message that was on its way
+// when its client was taken already leads to an accept that gives none.
+void Acceptor::LookAnew() {
+    Unwatch(handle_.Get());
+    resume_Tick();
+}
+
 void Acceptor::Pause() {
-    Trap("EventLoop:Dispatch", [this] { Watch(handle_.Get(), 0); });
+    Unwatch(handle_.Get());
     resume_.StartOnce(kPauseMs);
 }
 
 void Acceptor::resume_Tick() {
-    Watch(handle_.Get(), kReadable);
+    try {
+        Watch(handle_.Get(), kAcceptable);
+    } catch (const RuntimeError&) {
+        resume_.StartOnce(kPauseMs);
+    }
 }
 
 Socket TakeRequest(std::int32_t requestId) {

@@ -20,6 +20,7 @@ class Acceptor : public Watched {
  private:
     void Ready(std::uint32_t events) override;
     void Raise(Socket accepted);
+    void LookAnew();
     void Pause();
     void resume_Tick();
 

@@ -1,5 +1,6 @@
 #include "os/net/Connection.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <charconv>
@@ -71,6 +72,7 @@ void Connection::FinishConnecting(bool broken) {
     const auto number = broken ? TakeError() : 0;
     if (number != 0) return Fail(number);
     phase_ = Phase::Connected;
+    SetOutgoingOptions(handle_.Get());
     UpdateWatch();
     Trap("EventLoop:Dispatch", [this] { socket_->Connected(); });
 }
@@ -93,7 +95,9 @@ void Connection::Receive(bool broken) {
         return;
     }
     EndGathering();  // of a handler that runs a loop of its own: its buffer is about to be overwritten
-    const auto buffer = ReadBuffer();
+    // As much as the partner may still queue, in case that all of it has to wait there.
+    const auto queued = partner_ != nullptr ? partner_->queue_.Size() : 0;
+    const auto buffer = ReadBuffer().first(std::min(kReadBufferBytes, kQueueLimit - queued));
     const auto received = net::Receive(handle_.Get(), buffer);
     if (received.outcome == Outcome::Failed) return Fail(received.number);
     if (received.outcome == Outcome::WouldBlock) {

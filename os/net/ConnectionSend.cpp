@@ -114,7 +114,7 @@ void Connection::ReadFor(Connection& partner) {
 
 void Connection::PaceReader() {
     if (reader_ == nullptr) return;
-    const bool tooMuch = queue_.Size() > kQueueLimit;
+    const bool tooMuch = queue_.Size() >= kQueueLimit;
     const bool enough = queue_.Size() <= kQueueLimit / 2;
     if (reader_->paused_ ? !enough : !tooMuch) return;
     reader_->paused_ = tooMuch;

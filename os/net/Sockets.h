@@ -67,11 +67,14 @@ struct Address {
     std::uint32_t value;
 };
 
-// A socket to connect with, with the options that os/Tcp.h promises. Throws RuntimeError.
+// A socket to connect with. Throws RuntimeError.
 Socket OpenOutgoing();
 // Throws RuntimeError when the connection fails at once. The socket is to be watched already: a system may
 // tell of a failure only once.
 void StartConnecting(SocketHandle handle, Address address, std::uint16_t port);
+
+// Gives a connection of ours, now that it stands, the options that os/Tcp.h promises.
+void SetOutgoingOptions(SocketHandle handle);
 
 // The error that the system keeps for the socket; 0 when there is none.
 std::int32_t PendingError(SocketHandle handle);

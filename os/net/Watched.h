@@ -16,6 +16,8 @@ inline constexpr std::uint32_t kReadable = 1;
 inline constexpr std::uint32_t kWritable = 2;
 // An error or a hang-up, which need not be asked for.
 inline constexpr std::uint32_t kBroken = 4;
+// Of a listening socket, which is watched for nothing else: a client waits.
+inline constexpr std::uint32_t kAcceptable = 8;
 
 class Watched {
  public:

@@ -33,7 +33,7 @@ namespace os::net {
 
 void WaitFor(SocketHandle socket, Token token, std::uint32_t events, bool isNew) {
     epoll_event wanted{};
-    if ((events & kReadable) != 0) wanted.events |= EPOLLIN;
+    if ((events & (kReadable | kAcceptable)) != 0) wanted.events |= EPOLLIN;
     if ((events & kWritable) != 0) wanted.events |= EPOLLOUT;
     wanted.data.u64 = token;
     const int operation = isNew ? EPOLL_CTL_ADD : EPOLL_CTL_MOD;

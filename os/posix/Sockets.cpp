@@ -30,8 +30,6 @@ void SetOption(SocketHandle handle, int level, int option, int value) {
 Socket OpenSocket() {
     Socket socket(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
     if (!socket) posix::ThrowLastError();
-    // Accepted sockets inherit it from the listening one.
-    SetOption(socket.Get(), IPPROTO_TCP, TCP_NODELAY, 1);
     return socket;
 }
 
@@ -83,18 +81,21 @@ Transfer Send(SocketHandle handle, std::span<const Part> parts) {
 }
 
 Socket OpenOutgoing() {
-    auto socket = OpenSocket();
-    SetOption(socket.Get(), SOL_SOCKET, SO_KEEPALIVE, 1);
-    SetOption(socket.Get(), IPPROTO_TCP, TCP_KEEPIDLE, kKeepAliveIdleSeconds);
-    SetOption(socket.Get(), IPPROTO_TCP, TCP_KEEPINTVL, kKeepAliveIntervalSeconds);
-    SetOption(socket.Get(), IPPROTO_TCP, TCP_KEEPCNT, kKeepAliveProbes);
-    return socket;
+    return OpenSocket();
 }
 
 void StartConnecting(SocketHandle handle, Address address, std::uint16_t port) {
     const auto peer = SocketAddress(address.value, port);
     const int result = ::connect(Descriptor(handle), reinterpret_cast<const sockaddr*>(&peer), sizeof peer);
     if (result != 0 && errno != EINPROGRESS) posix::ThrowLastError();
+}
+
+void SetOutgoingOptions(SocketHandle handle) {
+    SetOption(handle, IPPROTO_TCP, TCP_NODELAY, 1);
+    SetOption(handle, SOL_SOCKET, SO_KEEPALIVE, 1);
+    SetOption(handle, IPPROTO_TCP, TCP_KEEPIDLE, kKeepAliveIdleSeconds);
+    SetOption(handle, IPPROTO_TCP, TCP_KEEPINTVL, kKeepAliveIntervalSeconds);
+    SetOption(handle, IPPROTO_TCP, TCP_KEEPCNT, kKeepAliveProbes);
 }
 
 std::int32_t PendingError(SocketHandle handle) {
@@ -118,6 +119,8 @@ Socket ListenOnLoopback(std::uint16_t port) {
     // Lets a restarted program listen while connections of the last one are in TIME_WAIT; two listeners on
     // one port are still refused (socket(7)).
     SetOption(socket.Get(), SOL_SOCKET, SO_REUSEADDR, 1);
+    // Accepted sockets inherit it.
+    SetOption(socket.Get(), IPPROTO_TCP, TCP_NODELAY, 1);
     const auto address = SocketAddress(htonl(INADDR_LOOPBACK), port);
     const int descriptor = Descriptor(socket.Get());
     if (::bind(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||

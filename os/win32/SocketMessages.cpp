@@ -1,35 +1,39 @@
 #include "os/win32/SocketMessages.h"
 
-#include <utility>
-
 #include "os/net/Watched.h"
 #include "os/win32/SystemError.h"
 
 namespace os {
 namespace {
 
-constexpr long kAllEvents = FD_READ | FD_WRITE | FD_ACCEPT | FD_CONNECT | FD_CLOSE;
+// What the system is to tell of. Each message costs, so that of room to send, which comes once in advance, is
+// asked for only when something waits to be sent; a socket that waits to be writable from the start connects.
+long EventsToTell(std::uint32_t events, bool isNew) {
+    if ((events & net::kAcceptable) != 0) return FD_ACCEPT;
+    const long room = !isNew && (events & net::kWritable) != 0 ? FD_WRITE : 0;
+    return FD_READ | FD_CONNECT | FD_CLOSE | room;
+}
 
 }  // namespace
 
-// What is ready already is told as well. An accepted socket has begun with the listener's messages, which are
-// passed over.
+// What is ready already is told as well.
 void SocketMessages::Watch(SOCKET socket, net::Token token, std::uint32_t events, bool isNew) {
     if (isNew) {
-        const UINT message = first_ + next_++ % count_;
-        Announce(socket, message);
-        entries_[socket] = {token, events, 0, message};
+        entries_[socket] = {token, events, 0, first_ + next_++ % count_};
         sockets_[token] = socket;
     }
     auto& entry = entries_.at(socket);
     entry.wanted = events;
-    List(entry);
-}
-
-void SocketMessages::Announce(SOCKET socket, UINT message) {
-    if (WSAAsyncSelect(socket, window_, message, kAllEvents) != 0) {
-        ThrowSystemError(static_cast<DWORD>(WSAGetLastError()));
+    const long told = entry.told | EventsToTell(events, isNew);
+    if (told != entry.told) {
+        if (WSAAsyncSelect(socket, window_, entry.message, told) != 0) {
+            const auto number = static_cast<DWORD>(WSAGetLastError());
+            if (isNew) Forget(token);
+            ThrowSystemError(number);
+        }
+        entry.told = told;
     }
+    List(entry);
 }
 
 void SocketMessages::Unwatch(net::Token token) {
@@ -60,8 +64,7 @@ void SocketMessages::Note(UINT message, WPARAM wParam, LPARAM lParam) {
             entry.pending |= net::kReadable;
             break;
         case FD_ACCEPT:
-            entry.pending |= net::kReadable;
-            entry.wasCalled = true;
+            entry.pending |= net::kAcceptable;
             break;
         case FD_CONNECT:
             if (isError) entry.pending |= net::kBroken;
@@ -90,11 +93,7 @@ bool SocketMessages::Report(const bool& stop) {
         any = true;
         net::ReportReady(token, events);
         entry = Find(token);
-        if (entry == nullptr) continue;
-        // Wine tells of waiting clients again only after an accept that gave one, and a message that was on
-        // its way when its client was taken already leads to an accept that gives none.
-        if (std::exchange(entry->wasCalled, false)) Announce(sockets_.at(token), entry->message);
-        List(*entry);
+        if (entry != nullptr) List(*entry);
     }
     return any;
 }

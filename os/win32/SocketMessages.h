@@ -47,13 +47,11 @@ class SocketMessages {
         std::uint32_t wanted;
         std::uint32_t pending;  // ready, and nobody has been told yet
         UINT message;           // tells the socket from an earlier one of the same number
+        long told = 0;          // FD_ events that the system tells of
         bool isAtEnd = false;
-        bool isListed = false;   // in ready_
-        bool wasCalled = false;  // a listener, by a client
+        bool isListed = false;  // in ready_
     };
 
-    // Makes the system tell what is ready, and of each change from now on. Throws RuntimeError.
-    void Announce(SOCKET socket, UINT message);
     void List(Entry& entry);
     Entry* Find(net::Token token);
 

@@ -40,19 +40,16 @@ void SetOption(SocketHandle handle, int level, int option, int value) {
     setsockopt(Native(handle), level, option, reinterpret_cast<const char*>(&value), sizeof value);
 }
 
-// Everything a fresh socket needs, however it came to be. It becomes non-blocking with its watch; programs
-// that are started inherit nothing.
-void Prepare(SocketHandle handle) {
+void SwitchOffNagle(SocketHandle handle) {
     SetOption(handle, IPPROTO_TCP, TCP_NODELAY, 1);
 }
 
+// It becomes non-blocking with its watch; programs that are started inherit nothing.
 Socket OpenSocket() {
     StartWinsock();
     const SOCKET native = WSASocketA(AF_INET, SOCK_STREAM, IPPROTO_TCP, nullptr, 0, WSA_FLAG_OVERLAPPED);
     if (native == INVALID_SOCKET) ThrowSocketError();
-    Socket socket(static_cast<SocketHandle>(native));
-    Prepare(socket.Get());
-    return socket;
+    return Socket(static_cast<SocketHandle>(native));
 }
 
 void KeepAlive(SocketHandle handle) {
@@ -90,19 +87,20 @@ void CloseSocket(SocketHandle handle) {
 }
 
 Transfer Receive(SocketHandle handle, std::span<char> buffer) {
-    WSABUF room{static_cast<ULONG>(buffer.size()), buffer.data()};
-    DWORD count = 0;
-    DWORD flags = 0;
-    const int result = WSARecv(Native(handle), &room, 1, &count, &flags, nullptr, nullptr);
-    if (result == 0 && count == 0) {
+    const auto received = Discard(handle, buffer);
+    if (received.outcome == Outcome::Done && received.bytes == 0) {
         // Wine takes a reset's error to itself and then reads like an end.
         if (const auto number = PendingError(handle)) return {Outcome::Failed, 0, number};
     }
-    return Result(result, count);
+    return received;
 }
 
 Transfer Discard(SocketHandle handle, std::span<char> scratch) {
-    return Receive(handle, scratch);
+    WSABUF room{static_cast<ULONG>(scratch.size()), scratch.data()};
+    DWORD count = 0;
+    DWORD flags = 0;
+    const int result = WSARecv(Native(handle), &room, 1, &count, &flags, nullptr, nullptr);
+    return Result(result, count);
 }
 
 // Sends until all is taken or more is refused: the system tells of new room only after it has refused.
@@ -132,9 +130,7 @@ Transfer Send(SocketHandle handle, std::span<const Part> parts) {
 }
 
 Socket OpenOutgoing() {
-    auto socket = OpenSocket();
-    KeepAlive(socket.Get());
-    return socket;
+    return OpenSocket();
 }
 
 void StartConnecting(SocketHandle handle, Address address, std::uint16_t port) {
@@ -143,6 +139,12 @@ void StartConnecting(SocketHandle handle, Address address, std::uint16_t port) {
         WSAGetLastError() != WSAEWOULDBLOCK) {
         ThrowSocketError();
     }
+}
+
+// Not before: until a socket is connected, Wine asks the wineserver for each option.
+void SetOutgoingOptions(SocketHandle handle) {
+    SwitchOffNagle(handle);
+    KeepAlive(handle);
 }
 
 std::int32_t PendingError(SocketHandle handle) {
@@ -184,7 +186,7 @@ AcceptOutcome AcceptClient(SocketHandle listening, Socket& accepted) {
     const SOCKET native = accept(Native(listening), nullptr, nullptr);
     if (native != INVALID_SOCKET) {
         accepted = Socket(static_cast<SocketHandle>(native));
-        Prepare(accepted.Get());
+        SwitchOffNagle(accepted.Get());
         return AcceptOutcome::Accepted;
     }
     switch (WSAGetLastError()) {
