@@ -86,7 +86,7 @@ class Box:
 
 
 class Hand:
-    """The user's hand (tests/win32/Hand.cpp), which stays on the desk."""
+    """The user's hand (sandbox/hand/), which stays on the desk."""
 
     def __init__(self, process):
         self._process = process

@@ -20,7 +20,7 @@ class DeskShow:
 
     async def begin(self):
         """Until the client is signed on through Wrenlow."""
-        self._hand = await Hand.reach_out(self._build / "tests/win32/hand.exe")
+        self._hand = await Hand.reach_out(self._build / "sandbox/hand/hand.exe")
         await registry_forget(PROXY)
         await registry_set(SETTINGS, setupaim="1", revertsettings="1", checkupdate="0", onstartup="0")
         self._say("aim.exe, a stand-in for the AIM client, starts; its settings name no proxy")

@@ -34,7 +34,7 @@ class Desk(BoundedTest):
         self.addAsyncCleanup(self.service.stop)
         folder = tempfile.TemporaryDirectory(prefix="America Online ")  # a path with blanks, as the real one
         self.addCleanup(folder.cleanup)
-        self.hand = await Hand.reach_out(self.build / "tests/win32/hand.exe")
+        self.hand = await Hand.reach_out(self.build / "sandbox/hand/hand.exe")
         self.addAsyncCleanup(self.hand.rest)
         self.aim = AimClient(self.build / "sandbox/aim/aim.exe", folder.name, self.service)
         self.addAsyncCleanup(self.aim.close, self.hand)

@@ -214,7 +214,7 @@ class Exe:
         self._folder = tempfile.TemporaryDirectory()
         self.data = self._folder.name
         self._copy = shutil.copy(path, self.data)
-        self.hand = os.path.join(os.path.dirname(self.path), "../../tests/win32/hand.exe")
+        self.hand = os.path.join(os.path.dirname(self.path), "../../sandbox/hand/hand.exe")
         self.settings = ExeSettings()
 
     def _has_the_port(self):

@@ -23,7 +23,7 @@ from .windows import PROXY_KEY, RUN_KEY, SETTINGS_KEY, UNINSTALL_KEY
 ROOT = Path(__file__).resolve().parents[2]
 BUILT = ROOT / "build/win64/app/shell/wrenlow.exe"
 OLD, NEW = "2.0.16", "2.0.17"
-HAND = ROOT / "build/win64/tests/win32/hand.exe"
+HAND = ROOT / "build/win64/sandbox/hand/hand.exe"
 RETRY, YES = 4, 6  # buttons of boxes
 ADDRESS = "127.0.0.1", Exe.PORT
 

@@ -10,7 +10,7 @@
 #include "desktop/cRegHotKey.h"
 #include "os/FileDialogs.h"
 #include "os/FileWriter.h"
-#include "tests/win32/DesktopUser.h"
+#include "sandbox/hand/DesktopUser.h"
 #include "tests/win32/Messages.h"
 #include "tests/win32/UserThread.h"
 

@@ -10,8 +10,8 @@
 #include "features/frmIdle.h"
 #include "features/frmSNReplacer.h"
 #include "os/win32/DialogImpl.h"
+#include "sandbox/hand/DesktopUser.h"
 #include "tests/unit/FormRig.h"
-#include "tests/win32/DesktopUser.h"
 #include "tests/win32/Messages.h"
 
 namespace {

@@ -10,7 +10,7 @@
 #include <string>
 
 #include "os/Shell.h"
-#include "tests/win32/DesktopUser.h"
+#include "sandbox/hand/DesktopUser.h"
 #include "tests/win32/UserThread.h"
 
 namespace {

@@ -19,7 +19,7 @@
 #include "os/fake/FakeShell.h"
 #include "os/fake/FakeWorld.h"
 #include "os/win32/HiddenWindow.h"
-#include "tests/win32/DesktopUser.h"
+#include "sandbox/hand/DesktopUser.h"
 #include "tests/win32/Messages.h"
 #include "tests/win32/UserThread.h"
 #include "ui/popupmenu/ColourSchemes.h"

@@ -1,4 +1,4 @@
-#include "tests/win32/DesktopUser.h"
+#include "sandbox/hand/DesktopUser.h"
 
 // after windows.h
 #include <oleacc.h>

@@ -22,14 +22,14 @@
 // clang-format on
 //
 // An answer that begins with "no" says what was not there. Line ends in texts are written as "|".
-#include "tests/win32/DesktopUser.h"
+#include "sandbox/hand/DesktopUser.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <iostream>
 #include <sstream>
 
-#include "tests/win32/Holdings.h"
+#include "sandbox/hand/Holdings.h"
 
 namespace {
 

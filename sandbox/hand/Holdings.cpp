@@ -1,4 +1,4 @@
-#include "tests/win32/Holdings.h"
+#include "sandbox/hand/Holdings.h"
 
 #include <algorithm>
 #include <cstdint>
