@@ -155,12 +155,4 @@ TEST_F(EventLoopContract, RunUntilGivesUpWhenTheTimeIsOver) {
     EXPECT_TRUE(os::RunEventLoopUntil([] { return true; }, 0));
 }
 
-TEST_F(EventLoopContract, TheTimeOfDayIsADate) {
-    const auto now = os::Now();
-    EXPECT_GE(now.year, 2000);
-    EXPECT_TRUE(now.month >= 1 && now.month <= 12 && now.day >= 1 && now.day <= 31);
-    EXPECT_TRUE(now.hour >= 0 && now.hour <= 23 && now.minute >= 0 && now.minute <= 59);
-    EXPECT_TRUE(now.second >= 0 && now.second <= 59);
-}
-
 }  // namespace

@@ -1,17 +1,19 @@
-"""Update checks of a wrenlow.exe whose update server (tests/win32/CMakeLists.txt) is played here, by somebody who means no good.
-A conversation goes on meanwhile."""
+"""Update checks of a wrenlow.exe whose update server (tests/win32/CMakeLists.txt) is played here, mostly by somebody who means
+no good. A conversation goes on meanwhile."""
 import asyncio
 import itertools
 import os
 import socket
 import struct
+import tempfile
 
 from sandbox.desk import OK, Box, until
 from sandbox.record import within
 from tests.desk.test_aim_client import Desk
 
 SERVER = "127.0.0.1", 11081
-REQUEST = b"GET /wrenlow/latest_version.php HTTP/1.1\r\nHost: localhost\r\n\r\n"
+REQUEST = b"GET %s HTTP/1.1\r\nHost: localhost\r\n\r\n"
+CHECK, SETUP = b"/wrenlow/latest_version.php", b"/get/setup.exe"
 GOOD = b"HTTP/1.1 200 OK\r\n"
 UP_TO_DATE = GOOD + b"\r\nUpdate: 17 /a b\r\n"
 FAILED = Box("Wrenlow", "The connection to the update server failed.", [OK])
@@ -39,9 +41,9 @@ REPLIES = {
 class Updates(Desk):
     PROGRAM = "tests/win32/asking/wrenlow.exe"
 
-    async def asyncSetUp(self):
-        await super().asyncSetUp()
-        self.chunks = itertools.repeat(b"y")  # single bytes without end for the check at the start, of which nobody is told
+    async def check(self, chunks):
+        """The program starts, and its check is answered so."""
+        self.chunks, self.expected = chunks, CHECK
         self.ended = asyncio.Queue()
         server = await asyncio.start_server(self.answer, *SERVER)
         self.addCleanup(server.close)
@@ -52,8 +54,8 @@ class Updates(Desk):
         connection = writer.get_extra_info("socket")
         connection.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
         try:
-            if await within(reader.readexactly(len(REQUEST))) != REQUEST:
-                raise AssertionError("another request")
+            request = await within(reader.readuntil(b"\r\n\r\n"))
+            self.assertEqual(request, REQUEST % self.expected)
             for chunk in self.chunks:
                 if chunk == RESET:
                     connection.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
@@ -65,12 +67,16 @@ class Updates(Desk):
         writer.close()
         self.ended.put_nowait(reader)
 
+    async def shows(self, title):
+        async def shown():
+            return title in await self.hand.windows()
+        await until(shown, title)
+
     async def test_a_hostile_reply_is_given_up_and_disturbs_nobody(self):
+        await self.check(itertools.repeat(b"y"))  # single bytes without end; of the check at the start nobody is told
         await within(self.ended.get(), "the end of the check at the start")
         await self.hand.do("menu UUUUE", "chosen")
-        async def shown():
-            return "Settings" in await self.hand.windows()
-        await until(shown, "Settings")
+        await self.shows("Settings")
         for what, (self.chunks, told) in REPLIES.items():
             with self.subTest(what):
                 await self.hand.do("push Settings\tCheck for updates now", "open")
@@ -78,3 +84,24 @@ class Updates(Desk):
                 await self.undisturbed()
                 await self.hand.press(OK)
                 await within(self.ended.get(), "the end of the connection")
+
+    async def test_a_setup_file_of_many_megabytes_arrives_whole_where_the_user_wants_it(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        setup = os.urandom(16 << 20)
+        await self.check([GOOD + b"\r\nUpdate: 18 %s C:\\a/../..\\wrenlow18.exe\r\n" % SETUP])
+        await self.shows("Wrenlow Update")
+        self.expected, self.chunks = SETUP, [GOOD + b"Content-Length: %d\r\n\r\n" % len(setup), setup]
+        place = "Z:" + folder.name.replace("/", "\\") + "\\chosen.exe"
+        for button in ("Cancel", "&Save"):
+            await self.hand.do("push Wrenlow Update\tDownload", "open")
+            await self.shows("Save Setup File")
+            self.assertIn("wrenlow18.exe", (await self.hand.ask("read Save Setup File")).split("\t"))
+            await self.hand.do(f"fill Save Setup File\t0\t{place}", "filled")
+            await self.hand.do(f"push Save Setup File\t{button}", "closed")
+        self.assertEqual((await self.hand.next_box()).title, "Download Complete")
+        await self.undisturbed()
+        await self.hand.press(OK)
+        self.assertEqual(os.listdir(folder.name), ["chosen.exe"])
+        with open(folder.name + "/chosen.exe", "rb") as file:
+            self.assertTrue(file.read() == setup)

@@ -25,11 +25,13 @@ def idle(seconds):
 # What is typed for Ada Sample, and the payload that the server gets.
 COMMANDS = [
     ("away adasample Gone to the <i>sea</i>", away(b"Gone to the <i>sea</i>")),
-    ("back AdaSample", away(b"")),
+    ("BACK AdaSample", away(b"")),
     ("away adasample na\u00efve \u20ac", away(b"na\xefve \x80")),
     ("idle ADASAMPLE 10", idle(600)),
+    ("idle adasample 1092", idle(65520)),
     ("idle adasample 0", idle(0)),
     ("profile adasample <b>new</b>  page", profile(b"<b>new</b>  page")),
+    ("profile adasample " + "x" * 300, profile(b"x" * 300)),
 ]
 
 
@@ -78,6 +80,7 @@ class Commands(RelayTest):
         await self.answers("away fred lost", '"fred" is not signed on. "names" lists who is; leave the blanks of a name out.')
         await self.answers("away (all) out to lunch", "Sent for tomsample.")
         await self.answers("back tomsample", "Sent for tomsample.")
+        await self.answers("names", "tomsample")
         for client, expected in zip(clients, ([away(b"out to lunch")], [away(b"out to lunch"), away(b"")])):
             await client.say(client.name, "to myself")
             await client.hear()

@@ -12,25 +12,17 @@ def bare_goodbye(seq):
 
 
 class Frames(RelayTest):
-    async def test_a_lone_four_byte_goodbye_arrives_as_an_empty_frame(self):
-        (reader, _), (_, server) = await self.pair()
-        server.write(bare_goodbye(101))
-        server.close()
-        self.assertEqual(await within(reader.read()), frame(SIGN_OFF, 101))
-
-    async def test_a_four_byte_goodbye_behind_a_frame_arrives_as_an_empty_frame(self):
-        (reader, _), (_, server) = await self.pair()
+    async def test_a_four_byte_goodbye_arrives_as_an_empty_frame(self):
         last = frame(DATA, 101, b"the last words")
-        server.write(last + bare_goodbye(102))
-        server.close()
-        self.assertEqual(await within(reader.read()), last + frame(SIGN_OFF, 102))
-
-    async def test_a_four_byte_goodbye_arrives_though_the_server_never_closes(self):
-        (reader, _), (_, server) = await self.pair()
-        last = frame(DATA, 101, b"the last words")
-        server.write(last + bare_goodbye(102))
-        expected = last + frame(SIGN_OFF, 102)
-        self.assertEqual(await within(reader.readexactly(len(expected))), expected)
+        for before, closes in ((b"", True), (last, True), (last, False)):  # behind a frame it arrives though nobody closes
+            with self.subTest(before=before, closes=closes):
+                (reader, _), (_, server) = await self.pair()
+                seq = 102 if before else 101
+                server.write(before + bare_goodbye(seq))
+                if closes:
+                    server.close()
+                expected = before + frame(SIGN_OFF, seq)
+                self.assertEqual(await within(reader.readexactly(len(expected))), expected)
 
     async def test_any_chunks_give_the_same_stream_in_both_directions(self):
         rng = random.Random(20170)

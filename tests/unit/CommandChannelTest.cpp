@@ -1,12 +1,10 @@
 #include "features/CommandChannel.h"
 
 #include "features/clsSessionFeatures.h"
-#include "features/modAwayIdleProf.h"
 #include "tests/unit/Rig.h"
 
 namespace {
 
-using namespace modAwayIdleProf;
 using Lines = std::vector<std::string>;
 
 struct CommandChannelTest : testing::Test {
@@ -18,31 +16,6 @@ struct CommandChannelTest : testing::Test {
 };
 
 }  // namespace
-
-TEST_F(CommandChannelTest, CommandsReachWhomTheyNameAmongThoseWhoAreThere) {
-    auto first = rig_.SignOn("My Name");
-    auto second = rig_.SignOn("Another");
-    EXPECT_EQ(channel_.Execute("names"), (Lines{"My Name", "Another"}));
-    const struct {
-        std::string line;
-        clsHeaderFLAP flap;
-    } cases[] = {
-        {"away another Gone  fishing ", MakeAwayFlap("Gone  fishing ")},
-        {"BACK Another", MakeAwayFlap("")},
-        {"idle ANOTHER 10\r", MakeIdleFlap(10)},
-        {" profile  Another <b>me</b>", MakeProfileFlap("<b>me</b>")},
-        {"profile Another", MakeProfileFlap("")},
-    };
-    std::int32_t sequence = 2;
-    for (const auto& [line, flap] : cases) {
-        EXPECT_EQ(channel_.Execute(line).size(), 1u) << line;
-        EXPECT_EQ(second.server.TakeReceived(), Frame(2, sequence++, flap.Data())) << line;
-    }
-    EXPECT_EQ(channel_.Execute("away (all) gone"), (Lines{"Sent for My Name.", "Sent for Another."}));
-    EXPECT_EQ(first.server.TakeReceived(), Frame(2, 2, MakeAwayFlap("gone").Data()));
-    modSocket::Connection(0)->CloseConnection();
-    EXPECT_EQ(channel_.Execute("back (ALL)"), (Lines{"Sent for Another."}));
-}
 
 TEST_F(CommandChannelTest, WhatCannotBeMeantIsRefusedAndSendsNothing) {
     for (const char* line : {"away Fred gone", "names"})

@@ -104,17 +104,6 @@ TEST_F(CommandDialogs, AllSkipsWhoSignedOffAndSaysWhenNobodyIsLeft) {
     EXPECT_TRUE(ToldNotSignedOn());
 }
 
-TEST_F(CommandDialogs, BackAndUnidleTakeBackWhatWasSetForTheChosenName) {
-    for (const auto& [caption, choice, toFirst, toSecond] :
-         {std::tuple{kBack, 0, Away(2, ""), Away(2, "")}, {kUnidle, 1, Idle(3, 0), ByteString()}}) {
-        auto user = Open(caption);
-        user.Choose("cmbScreenname", choice);
-        user.Press("cmdSave");
-        ExpectSent(toFirst, toSecond);
-        EXPECT_FALSE(IsShown(caption));
-    }
-}
-
 TEST_F(CommandDialogs, AwayGoesToAllOrToTheChosenNameWithItsTextUnchanged) {
     auto away = Open(kAway);
     EXPECT_EQ(away.Window().EntryCount("cmbScreenname"), 3);

@@ -113,15 +113,6 @@ TEST_F(HostileFrames, ARequestThatIsNoneEndsWithItsOwnConnection) {
     }
 }
 
-TEST_F(HostileFrames, AServerThatNeverAnswersIsGivenUpWithItsClient) {
-    auto& client = rig_.Connect();
-    auto& server = rig_.LastServer();
-    client.Feed("impatience");
-    End(client);
-    EXPECT_FALSE(server.IsConnected());
-    ExpectUndisturbedBystander();
-}
-
 TEST_F(HostileFrames, FortyThousandConnectionsLaterASlotNumberIsStillWhole) {
     for (int i = 0; i < 40'000; ++i) End(rig_.ConnectSilently());
     auto [client, server] = rig_.SignOn("late");

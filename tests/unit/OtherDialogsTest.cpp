@@ -1,14 +1,6 @@
 // The replacer, the bug form, and the oddities in the texts of all dialogs.
-#include "app/services/frmError.h"
-#include "desktop/frmBug.h"
-#include "desktop/frmSettings.h"
-#include "features/frmAway.h"
-#include "features/frmIdle.h"
-#include "features/frmSNReplacer.h"
-#include "features/frmUnAway.h"
-#include "features/frmUnIdle.h"
 #include "features/modSNReplace.h"
-#include "tests/unit/FormRig.h"
+#include "tests/unit/AllDialogs.h"
 
 namespace {
 
@@ -128,17 +120,7 @@ TEST_F(OtherDialogs, TheBugFormSubmitsNothingAndForgetsWhatWasTyped) {
     EXPECT_EQ(TakeBoxes(), Texts());
 }
 
-TEST_F(OtherDialogs, TheOdditiesOfTheTextsStandAsPeopleKnowThem) {
-    rig.SignOn("My Name");
-    SharedForm<frmUnAway>().Start();
-    SharedForm<frmIdle>().Start();
-    SharedForm<frmUnIdle>().Start();
-    SharedForm<frmSNReplacer>().Start();
-    SharedForm<frmBug>().Start();
-    SharedForm<frmSettings>().Start(false);
-    frmError error;
-    error.Start("", "", "", 0);
-
+TEST_F(AllDialogs, TheOdditiesOfTheTextsStandAsPeopleKnowThem) {
     const std::pair<const char*, const char*> oddities[] = {
         {"Remove Away Message", "and you  will not be able to send any IMs."},
         {"Set Idle Time", "No. of idle minutes: (max 65535)"},

@@ -1,15 +1,5 @@
 // The relay between a client and a server: handshake, numbering, closing, and what never happens to a frame.
-#include <random>
-
 #include "tests/unit/Rig.h"
-
-TEST(Handshake, ARequestInPiecesIsCollected) {
-    Rig rig;
-    auto& client = rig.ConnectSilently();
-    for (const char byte : "04 01 14 46 00 00 00 01 00 'host.test' 00"_hex) client.Feed(ByteString(1, byte));
-    ASSERT_EQ(os::fake::OutgoingCount(), 1u);
-    EXPECT_EQ(rig.LastServer().Host(), "host.test");
-}
 
 TEST(Handshake, ARequestWithoutEndIsGivenUp) {
     Rig rig;
@@ -29,39 +19,6 @@ TEST(Handshake, TheServersFirstBytesWaitForTheClientButNotForever) {
         if (clientSpeaks) client.Feed("*");  // any byte shows that the reply has been read
         os::fake::AdvanceClock(clientSpeaks ? 0 : 50);
         EXPECT_EQ(client.Received(), Frame(1, 100, "hello")) << clientSpeaks;
-    }
-}
-
-TEST(Relay, AWrongMarkerIsReadAsAHeaderAndMended) {
-    Rig rig;
-    auto [client, server] = rig.ConnectPair();
-    client.Feed("FF 02 00 09 00 01 'x'"_hex);
-    EXPECT_EQ(server.Received(), Frame(2, 9, "x"));
-}
-
-TEST(Relay, RandomChunksGiveTheReferenceRenumbering) {
-    std::mt19937 random(11080);
-    const auto upTo = [&](std::size_t limit) {
-        return std::uniform_int_distribution<std::size_t>(0, limit)(random);
-    };
-    for (int round = 0; round < 10; ++round) {
-        Rig rig;
-        auto [client, server] = rig.ConnectPair();
-        ByteString sent, expected;
-        const auto seed = static_cast<std::int32_t>(65500 + upTo(35));
-        for (std::int32_t i = 0; i < 60; ++i) {
-            ByteString payload(i == 30 ? 65535 : upTo(upTo(10) == 0 ? 9000 : 100), '\0');
-            for (auto& byte : payload) byte = static_cast<char>(upTo(255));
-            const auto number = i == 0 ? seed : static_cast<std::int32_t>(upTo(65535));
-            sent += Frame(2, number, payload);
-            expected += Frame(2, (seed + i) % 65536, payload);
-        }
-        for (std::size_t at = 0; at < sent.size();) {
-            const auto length = 1 + upTo(upTo(2) == 0 ? 3000 : 9);
-            client.Feed(sent.substr(at, length));
-            at += length;
-        }
-        ASSERT_TRUE(server.Received() == expected) << "round " << round;
     }
 }
 

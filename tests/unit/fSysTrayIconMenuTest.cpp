@@ -122,20 +122,6 @@ TEST_F(TrayHost, TheMenuOpensAtTheCursorAndOnlyAChosenEntryIsReported) {
     EXPECT_EQ(heard_, "click2open");
 }
 
-TEST_F(TrayHost, AnOpenMenuIsNotOpenedAgain) {
-    host_->Initialise(77);
-    host_->AddMenuItem("Open", "open");
-    int shown = 0;
-    Choose([&](const os::MenuRequest&) {
-        if (++shown < 5) host_->ShowMenu();
-        return 1;
-    });
-    EXPECT_EQ(shown, 1);
-    host_->ShowMenu();  // closed by now, so it opens
-    EXPECT_EQ(shown, 2);
-    EXPECT_EQ(heard_, "click1openclick1open");
-}
-
 TEST_F(TrayHost, ARemovedEntryAndADestroyedHostRaiseNothing) {
     host_->Initialise(77);
     host_->AddMenuItem("Open", "open");

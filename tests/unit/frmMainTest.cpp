@@ -1,12 +1,9 @@
-// The program as a whole, on the fakes: how it starts, what it does when a step fails, how it ends.
+// The program as a whole, on the fakes: its menu and its end.
 #include "app/shell/frmMain.h"
 
 #include <optional>
 
-#include "app/services/modError.h"
 #include "app/services/modRegistry.h"
-#include "base/RuntimeError.h"
-#include "os/fake/FakeDialog.h"
 #include "os/fake/FakeMainWindow.h"
 #include "os/fake/FakePopupMenu.h"
 #include "os/fake/FakeProcesses.h"
@@ -39,29 +36,6 @@ struct MainForm : FreshWorld {
 
     std::optional<frmMain> form_;
 };
-
-TEST_F(MainForm, StartsWithItsIconSettingsAndListener) {
-    form_->Form_Load();
-    EXPECT_TRUE(os::fake::ShownTrayIcon());
-    EXPECT_EQ(modRegistry::ReadSetting("checkupdate"), "1");
-    auto& first = ConnectClient();
-    auto& second = ConnectClient();
-    EXPECT_TRUE(first.IsConnected() && second.IsConnected());
-    EXPECT_EQ(os::fake::OutgoingCount(), 2u);
-    EXPECT_EQ(modError::OpenWindowCount(), 0u);
-}
-
-TEST_F(MainForm, APortThatIsTakenIsToldAndTheTrayStays) {
-    os::TcpListener other;
-    other.Listen(Rig::kPort);
-    form_->Form_Load();
-    EXPECT_EQ(modError::OpenWindowCount(), 1u);
-    const auto text = os::fake::ShownDialog("Wrenlow").Text("lblError");
-    EXPECT_TRUE(text.starts_with("10048: ")) << text;
-    EXPECT_TRUE(text.ends_with("\r\nat: modSocket:WinsockStartListen: 0")) << text;
-    EXPECT_TRUE(os::fake::ShownTrayIcon());
-    EXPECT_FALSE(form_->IsUnloaded());
-}
 
 TEST_F(MainForm, OnlyTheRightButtonOpensTheMenuAndCloseInItEndsTheProgram) {
     int menus = 0;

@@ -283,6 +283,9 @@ TEST_F(Settings, TheButtonsReachTheAimSetUpAndTheUpdateCheck) {
     EXPECT_EQ(TakeBoxes(), Texts{"This build of Wrenlow has no update server."});
     for (const auto& [button, enabled] : {std::pair{1, true}, {0, false}}) {
         user.Press({"cmdChange", button});
+        const auto changes = os::fake::RegistryChanges();
+        if (enabled) user.Press({"cmdChange", button});
+        EXPECT_EQ(os::fake::RegistryChanges(), changes) << "it is set up already";
         const auto proxy = "software\\America Online\\AOL Instant Messenger (TM)\\CurrentVersion\\Proxy";
         EXPECT_EQ(modRegistry::QueryValue(kHive, proxy, "Enabled") == "1", enabled);
     }

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "base/RuntimeError.h"
-#include "core/clsHeaderSNAC.h"
 #include "tests/unit/Messages.h"
 
 using namespace modAwayIdleProf;
@@ -30,28 +29,6 @@ ByteString Shown(const std::string& profile, const std::string& source) {
 }
 
 }  // namespace
-
-TEST(modAwayIdleProf, FramesAreBuiltToTheByte) {
-    const auto type = "00 1F 'text/aolrtf; charset=\"us-ascii\"'"_hex;
-    const auto information = Snac(2, 4, ""), idle = Snac(1, 0x11, "");
-    const struct {
-        clsHeaderFLAP flap;
-        ByteString data;
-    } cases[] = {
-        {MakeAwayFlap("gone <B>"), information + "00 03"_hex + type + "00 04 00 08 'gone <B>'"_hex},
-        {MakeAwayFlap(""), information + "00 03"_hex + type + "00 04 00 00"_hex},
-        {MakeProfileFlap(std::string(300, 'x')),
-         information + "00 01"_hex + type + "00 02 01 2C"_hex + std::string(300, 'x')},
-        {MakeIdleFlap(0), idle + "00 00 00 00"_hex},
-        {MakeIdleFlap(1), idle + "00 00 00 3C"_hex},
-        {MakeIdleFlap(kMostIdleMinutes), idle + "00 00 FF F0"_hex},
-    };
-    for (const auto& [flap, data] : cases) {
-        EXPECT_EQ(flap.ChannelID(), 2);
-        EXPECT_EQ(flap.Data(), data);
-        EXPECT_EQ(flap.DataLen(), static_cast<std::int32_t>(data.size()));
-    }
-}
 
 TEST(modAwayIdleProf, IdleTimeEndsWhereItsSecondsPass16Bits) {
     for (const std::int32_t minutes : {1093, 65535, -1, 0x7FFFFFFF, -0x7FFFFFFF}) {

@@ -24,12 +24,9 @@ struct modLoggingTest : FreshWorld {
 
     static void Set(const char* name, const char* value) { modRegistry::WriteSetting(name, value); }
 
-    // A line of an incoming message, and of an outgoing one.
+    // A line of an incoming message.
     static void Hear(const std::string& buddy, const std::string& text) {
         modLogging::WriteLogLine(buddy, buddy, text, true);
-    }
-    static void Say(const std::string& buddy, const std::string& text) {
-        modLogging::WriteLogLine(buddy, "My Name", text, false);
     }
     static std::string Log(const std::string& name) {
         return os::fake::FileText("C:\\AimLogs\\" + name).value_or("no file");
@@ -37,24 +34,6 @@ struct modLoggingTest : FreshWorld {
 };
 
 }  // namespace
-
-TEST_F(modLoggingTest, TextLinesAreStrippedAndAppended) {
-    Hear("Fred", kHtml);
-    Say("fR ed", "<b>bye</b>");
-    Say("Fred", "again");
-    EXPECT_EQ(Log("Fred 2004-05-06.txt"), "Fred (13:05:09): hi\r\nthere\r\nMy Name (13:05:09): again\r\n");
-    EXPECT_EQ(Log("fRed 2004-05-06.txt"), "My Name (13:05:09): bye\r\n");
-}
-
-TEST_F(modLoggingTest, HtmlLinesKeepTheMessageAndColourTheSpeaker) {
-    Set("loghowhtm", "True");
-    Hear("Fred Smith", kHtml);
-    Say("Fred Smith", "hi");
-    const std::string time = " </font><font color=#0000ff size=-1>(13:05:09):</font> </b>";
-    EXPECT_EQ(Log("FredSmith 2004-05-06.htm"), "<b><font color=#0000ff>FredSmith" + time + kHtml +
-                                                   "<br>\r\n<b><font color=#ff0000>My Name" + time +
-                                                   "hi<br>\r\n");
-}
 
 TEST_F(modLoggingTest, AnotherDayAndABuddysFolderAreOtherFiles) {
     Hear("Fred", "today");
@@ -105,17 +84,6 @@ TEST_F(modLoggingTest, AFailureLeavesNoHalfLineAndTheNextLineIsFine) {
     EXPECT_EQ(Log("Fred 2004-05-06.txt"), "Fred (13:05:09): first\r\nFred (13:05:09): second\r\n");
     Set("logwhere", "C:\\missing\\folder");  // only its last level is made
     EXPECT_THROW(Hear("Fred", "lost"), RuntimeError);
-}
-
-TEST_F(modLoggingTest, MessagesAreLoggedUnderTheOtherPartysName) {
-    clsHeaderSNAC snac;
-    snac.Create(4, 7, 0, 0, IncomingData("Fred Smith", Tlv(2, MessageData("hi"))));
-    modLogging::LogMessage(Direction::ToClient, snac, "My Name");
-    for (const char* text : {"hello", ""}) {
-        snac.Create(4, 6, 0, 0, OutgoingData("Fred Smith", Tlv(2, MessageData(text))));
-        modLogging::LogMessage(Direction::ToServer, snac, "My Name");
-    }
-    EXPECT_EQ(Log("FredSmith 2004-05-06.txt"), "FredSmith (13:05:09): hi\r\nMy Name (13:05:09): hello\r\n");
 }
 
 TEST(StripHtml, DropsTheTagsOfFormattingAndNothingElse) {

@@ -4,16 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "app/services/frmError.h"
-#include "desktop/frmBug.h"
-#include "desktop/frmSettings.h"
-#include "features/frmAway.h"
-#include "features/frmIdle.h"
-#include "features/frmProfile.h"
-#include "features/frmSNReplacer.h"
-#include "features/frmUnAway.h"
-#include "features/frmUnIdle.h"
-#include "tests/unit/FormRig.h"
+#include "tests/unit/AllDialogs.h"
 
 namespace {
 
@@ -67,25 +58,13 @@ bool HasCaption(Kind kind) {
            kind == Kind::CancelButton || kind == Kind::CheckBox || kind == Kind::OptionButton;
 }
 
-struct CaptionFit : FormRig, testing::WithParamInterface<int> {};
+struct CaptionFit : AllDialogs, testing::WithParamInterface<int> {};
 
 }  // namespace
 
 TEST_P(CaptionFit, NoCaptionIsCutOff) {
-    rig.SignOn("My Name");
-    SharedForm<frmAway>().Start();
-    SharedForm<frmUnAway>().Start();
-    SharedForm<frmIdle>().Start();
-    SharedForm<frmUnIdle>().Start();
-    SharedForm<frmProfile>().Start();
-    SharedForm<frmSNReplacer>().Start();
-    SharedForm<frmBug>().Start();
-    SharedForm<frmSettings>().Start(false);
-    frmError error;
-    error.Start("", "", "", 0);
     const Measure measure(GetParam());
-    for (const char* caption : {"Set Away Message", "Remove Away Message", "Set Idle Time", "Unidle",
-                                "Edit Profile", "Screenname Replacer", "Reprot A Bug", "Settings", "Wrenlow"})
+    for (const char* caption : kCaptions)
         for (const auto& control : os::fake::ShownDialog(caption).Table().controls) {
             const bool fits = !HasCaption(control.kind) || measure.Fits(control);
             EXPECT_TRUE(fits) << caption << ": " << control.caption;

@@ -1,18 +1,15 @@
-// Hotkeys pressed on the real keyboard, files on the real disk, and the system's dialog that asks for one.
+// Hotkeys pressed on the real keyboard, and files on the real disk.
 #include <gtest/gtest.h>
 
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "base/RuntimeError.h"
 #include "base/Trap.h"
 #include "desktop/cRegHotKey.h"
-#include "os/FileDialogs.h"
 #include "os/FileWriter.h"
 #include "sandbox/hand/DesktopUser.h"
 #include "tests/win32/Messages.h"
-#include "tests/win32/UserThread.h"
 
 namespace {
 
@@ -166,61 +163,6 @@ TEST_F(FileWriter, LeavesNothingWhenItIsGivenUpOrCannotBegin) {
     EXPECT_TRUE(Names().empty());
     EXPECT_THROW(os::FileWriter(folder + "\\missing\\setup.exe"), RuntimeError);
     EXPECT_TRUE(Names().empty());
-}
-
-// What a user does in the system's dialog, from a thread of its own: the dialog runs a loop.
-class SaveDialogUser {
- public:
-    static constexpr const char* kTitle = "Save Setup File";
-    static constexpr int kNameBox = 1148;
-
-    // Waits for the dialog, replaces the proposed name if another is given, and presses the button.
-    SaveDialogUser(const std::string& name, WORD button)
-        : thread_(std::in_place, [this, name, button] {
-              if (!Eventually([&] { return NameBox() != nullptr && !ProposedName().empty(); })) return;
-              proposed = ProposedName();
-              ownerWasDisabled = IsWindowEnabled(GetWindow(Dialog(), GW_OWNER)) == FALSE;
-              if (!name.empty())
-                  SendMessageA(NameBox(), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(name.c_str()));
-              PostMessageA(Dialog(), WM_COMMAND, button, 0);
-          }) {}
-    // What the user has seen is whole afterwards.
-    void Finish() { thread_.reset(); }
-
-    std::string proposed;
-    bool ownerWasDisabled = false;
-
- private:
-    static HWND Dialog() { return FindWindowA("#32770", kTitle); }
-    static HWND NameBox() { return GetDlgItem(Dialog(), kNameBox); }
-    static std::string ProposedName() {
-        char name[MAX_PATH] = "";
-        SendMessageA(NameBox(), WM_GETTEXT, sizeof name, reinterpret_cast<LPARAM>(name));
-        return name;
-    }
-    std::optional<UserThread> thread_;  // ends with the steps done
-};
-
-TEST(SaveDialog, ProposesTheNameAndGivesTheChosenPlaceOrNothing) {
-    const HWND owner = MakeWindow("owner");
-    const auto ask = [&] {
-        return os::AskSaveFileName(reinterpret_cast<os::WindowHandle>(owner), SaveDialogUser::kTitle,
-                                   "wrenlow18.exe");
-    };
-    char folder[MAX_PATH] = "";
-    GetCurrentDirectoryA(sizeof folder, folder);
-    SaveDialogUser saving("C:\\chosen.exe", IDOK);
-    EXPECT_EQ(ask(), "C:\\chosen.exe");
-    saving.Finish();
-    EXPECT_EQ(saving.proposed, "wrenlow18.exe");
-    EXPECT_TRUE(saving.ownerWasDisabled);
-    SaveDialogUser cancelling("", IDCANCEL);
-    EXPECT_EQ(ask(), std::nullopt);
-    cancelling.Finish();
-    char folderNow[MAX_PATH] = "";
-    GetCurrentDirectoryA(sizeof folderNow, folderNow);
-    EXPECT_STREQ(folderNow, folder);
-    DestroyWindow(owner);
 }
 
 }  // namespace

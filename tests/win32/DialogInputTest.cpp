@@ -7,7 +7,6 @@
 #include "app/services/SharedForm.h"
 #include "desktop/frmSettings.h"
 #include "features/frmAway.h"
-#include "features/frmIdle.h"
 #include "features/frmSNReplacer.h"
 #include "os/win32/DialogImpl.h"
 #include "sandbox/hand/DesktopUser.h"
@@ -75,25 +74,6 @@ TEST_F(DialogInput, AnAwayMessageByKeyboardAlone) {
     ASSERT_TRUE(HandleMessagesUntil([] { return !IsShown("Set Away Message"); }));
     EXPECT_EQ(first.server.TakeReceived(), "");
     EXPECT_EQ(second.server.TakeReceived(), Away(2, "gone\r\nhome"));
-}
-
-TEST_F(DialogInput, EnterPressesIdleAndEscapeCancels) {
-    auto [client, server] = rig.SignOn("My Name");
-    SharedForm<frmIdle>().Start();
-    User idle("Set Idle Time");
-    ASSERT_TRUE(Focused(idle, "txtIdle"));
-    TypeKeys("15");
-    PressKey(VK_ESCAPE);
-    ASSERT_TRUE(HandleMessagesUntil([] { return !IsShown("Set Idle Time"); }));
-    EXPECT_EQ(server.TakeReceived(), "");
-    SharedForm<frmIdle>().Start();
-    ASSERT_TRUE(Focused(idle, "txtIdle"));
-    TypeKeys("45");
-    PressKeys({VK_CONTROL, 'A'});
-    TypeKeys("30");
-    PressKey(VK_RETURN);
-    ASSERT_TRUE(HandleMessagesUntil([] { return !IsShown("Set Idle Time"); }));
-    EXPECT_EQ(server.TakeReceived(), Idle(2, 30));
 }
 
 TEST_F(DialogInput, TheReplacerByMouseAndEnter) {
