@@ -65,6 +65,11 @@ class Desk(BoundedTest):
     async def undisturbed(self):
         await asyncio.to_thread(self.bystander.how_it_goes)
 
+    async def shows(self, title):
+        async def shown():
+            return title in await self.hand.windows()
+        await until(shown, title)
+
     async def start_set_up(self, **settings):
         """Both programs run, the client signed on through Wrenlow; gives the client's process."""
         await registry_set(PROXY, Enabled=1, Host="127.0.0.1", Port=11080, Protocol="SOCKS4")

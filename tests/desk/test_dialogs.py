@@ -35,9 +35,7 @@ class Dialogs(Desk):
 
     async def open(self, keys, title):
         await self.hand.do(f"menu {keys}", "chosen")
-        async def shown():
-            return title in await self.hand.windows()
-        await until(shown, title)
+        await self.shows(title)
 
     def commands(self, name):
         """The frames that have come in this name's session since the sign-on, as (family, subtype, data)."""

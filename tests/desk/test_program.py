@@ -23,11 +23,6 @@ class Program(Desk):
         await client.sign_on(services=())
         return client
 
-    async def shows(self, title):
-        async def shown():
-            return title in await self.hand.windows()
-        await until(shown, title)
-
     async def opens_about(self):
         await self.hand.do(ABOUT, "chosen")
         self.assertEqual((await self.hand.next_box()).title, "About Wrenlow")

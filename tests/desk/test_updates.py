@@ -7,7 +7,7 @@ import socket
 import struct
 import tempfile
 
-from sandbox.desk import OK, Box, until
+from sandbox.desk import OK, Box
 from sandbox.record import within
 from tests.desk.test_aim_client import Desk
 
@@ -66,11 +66,6 @@ class Updates(Desk):
             pass  # it has been given up
         writer.close()
         self.ended.put_nowait(reader)
-
-    async def shows(self, title):
-        async def shown():
-            return title in await self.hand.windows()
-        await until(shown, title)
 
     async def test_a_hostile_reply_is_given_up_and_disturbs_nobody(self):
         await self.check(itertools.repeat(b"y"))  # single bytes without end; of the check at the start nobody is told

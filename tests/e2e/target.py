@@ -1,4 +1,5 @@
 """The two programs under test, behind one face: started, asked whether they live, and ended as a user would end them."""
+import contextlib
 import fcntl
 import os
 import shutil
@@ -34,13 +35,12 @@ class Program:
     """A started program, its output in a file or going where the test wants it. `all` has those that may still run."""
     all = set()
 
-    def __init__(self, command, port, output=None):
+    def __init__(self, command, port, output=None, stdin=subprocess.PIPE):
         self.port = port
         self.bystander = None  # see accompany
         self.all.add(self)
         self._output = tempfile.TemporaryFile()
-        self._process = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=output or self._output,
-                                         stderr=subprocess.STDOUT)
+        self._process = subprocess.Popen(command, stdin=stdin, stdout=output or self._output, stderr=subprocess.STDOUT)
 
     @property
     def pid(self):
@@ -59,9 +59,9 @@ class Program:
         """The errors it has told of, as lines."""
         return [line for line in self.output().splitlines() if line.startswith("error ")]
 
-    def say(self, line):
+    def say(self, line, end="\n"):
         """Types a line into its standard input."""
-        self._process.stdin.write(line.encode() + b"\n")
+        self._process.stdin.write((line + end).encode())
         self._process.stdin.flush()
 
     def end_input(self):
@@ -99,9 +99,9 @@ class Program:
             self.bystander.see_the_end()
         return status
 
-    def ask_to_end(self):
+    def ask_to_end(self, number=signal.SIGTERM):
         self.expect_end()
-        self._process.send_signal(signal.SIGTERM)
+        self._process.send_signal(number)
 
     def kill(self):
         """Ends it, whatever it does."""
@@ -110,10 +110,8 @@ class Program:
         self._process.kill()
         self._process.wait(PATIENCE)
         self.all.discard(self)
-        try:
+        with contextlib.suppress(AttributeError, BrokenPipeError):  # no pipe, or not all that was typed has been read
             self._process.stdin.close()
-        except BrokenPipeError:
-            pass  # something had been typed that it has not read
 
 
 class Bystander:
@@ -173,11 +171,11 @@ class Relay:
         self._settings_file = f"{self.data}/settings"
         self.settings = RelaySettings(path, self._settings_file)
 
-    def start(self, port=None, output=None, data=None):
+    def start(self, port=None, data=None, **streams):
         """On a free port, or on the given one; does not wait until it listens."""
         port = port or free_port()
         return Program([self.path, "--data", data or self.data, "--settings", self._settings_file,
-                        "--listen-port", str(port)], port, output)
+                        "--listen-port", str(port)], port, **streams)
 
     def close(self):
         self._folder.cleanup()

@@ -1,6 +1,8 @@
 """Frames that the program puts into a session of its own accord, asked for on wrenlow-relay's standard input. A gap or a
 repeat in the numbers, or a mixed-up frame, would end the connection as a fault of the service."""
 import asyncio
+import signal
+import tempfile
 
 from sandbox.client import connect
 from sandbox.wire import DATA, HELLO, SIGN_ON, snac, tlv
@@ -87,14 +89,23 @@ class Commands(RelayTest):
             self.assertEqual([payload for payload in self.payloads(client.name) if payload.startswith(b"\0\2\0\4")],
                              expected)
 
-    async def test_the_end_of_the_input_ends_the_commands_and_nothing_else(self):
-        program = support.start()
-        self.addCleanup(program.kill)
-        program.end_input()
-        await self.says(program, "standard input has ended, and commands with it; Ctrl-C ends the program")
-        reader, writer = await connect(program.address, self.service.host, self.service.port)
-        writer.write(frame(SIGN_ON, 1, HELLO))
-        self.assertEqual((await within(reader.readexactly(10)))[6:], HELLO)
-        writer.close()
-        program.ask_to_end()
-        self.assertEqual(program.wait(), 0)
+    async def test_input_in_pieces_or_from_a_file_is_read_and_its_end_ends_the_commands_and_nothing_else(self):
+        with tempfile.TemporaryFile() as file:
+            file.write(b"names\nnames")
+            file.seek(0)
+            pipe, from_file = support.start(), support.start(stdin=file)
+        for program in (pipe, from_file):
+            self.addCleanup(program.kill)
+        pipe.say("names", "\nna")
+        await self.says(pipe, "Nobody is signed on.")
+        pipe.say("mes", "\r\n\n")
+        pipe.end_input()
+        for program, number in ((pipe, signal.SIGINT), (from_file, signal.SIGHUP)):
+            await self.says(program, "standard input has ended, and commands with it; Ctrl-C ends the program")
+            self.assertEqual(program.output().count("Nobody is signed on."), 2)
+            reader, writer = await connect(program.address, self.service.host, self.service.port)
+            writer.write(frame(SIGN_ON, 1, HELLO))
+            self.assertEqual((await within(reader.readexactly(10)))[6:], HELLO)
+            writer.close()
+            program.ask_to_end(number)
+            self.assertEqual(program.wait(), 0)

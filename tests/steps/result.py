@@ -8,11 +8,10 @@ class Result:
     failed: list = field(default_factory=list)  # names, each worth a line
     skipped: int = 0
     under_wine: int = 0  # how many of the tests ran as Windows programs
-    note: str = ""
 
     def __add__(self, other):
         return Result(self.passed + other.passed, self.failed + other.failed, self.skipped + other.skipped,
-                      self.under_wine + other.under_wine, " ".join(filter(None, (self.note, other.note))))
+                      self.under_wine + other.under_wine)
 
     @staticmethod
     def of(name, ok):

@@ -91,28 +91,6 @@ TEST_F(HostileFrames, NoDamagedLengthLosesOrChangesAFrame) {
     }
 }
 
-// Eight bytes of anything are an address to the relay, so these stay on the fake network.
-TEST_F(HostileFrames, ARequestThatIsNoneEndsWithItsOwnConnection) {
-    const ByteString requests[] = {
-        "GET / HTTP/1.1\r\nHost: localhost:11080\r\nUser-Agent: x\r\n\r\n",
-        "16 03 01 00 F8 01 00 00 F4 03 03"_hex + ByteString(240, 'r'),  // a TLS hello
-        "05 02 00 02"_hex + ByteString(60, '\0'),                       // SOCKS5
-        "SSH-2.0-OpenSSH_9.2\r\n",
-        ByteString(70'000, '\xFF'),
-    };
-    for (const auto& request : requests) {
-        const auto outgoing = os::fake::OutgoingCount();
-        auto& client = rig_.ConnectSilently();
-        client.Feed(request);
-        ASSERT_EQ(os::fake::OutgoingCount(), outgoing + 1);
-        rig_.LastServer().RefuseConnect();
-        os::ProcessPendingEvents();
-        EXPECT_TRUE(client.SawClose());
-        EXPECT_EQ(client.TakeReceived(), "");
-        ExpectUndisturbedBystander();
-    }
-}
-
 TEST_F(HostileFrames, FortyThousandConnectionsLaterASlotNumberIsStillWhole) {
     for (int i = 0; i < 40'000; ++i) End(rig_.ConnectSilently());
     auto [client, server] = rig_.SignOn("late");

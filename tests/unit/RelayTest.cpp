@@ -1,15 +1,6 @@
 // The relay between a client and a server: handshake, numbering, closing, and what never happens to a frame.
 #include "tests/unit/Rig.h"
 
-TEST(Handshake, ARequestWithoutEndIsGivenUp) {
-    Rig rig;
-    auto& client = rig.ConnectSilently();
-    client.Feed("04 01 14 46 00 00 00 01"_hex + ByteString(600, 'u'));
-    EXPECT_TRUE(client.SawClose());
-    EXPECT_TRUE(modSocket::Connection(0)->IsClosed());
-    EXPECT_EQ(os::fake::OutgoingCount(), 0u);
-}
-
 TEST(Handshake, TheServersFirstBytesWaitForTheClientButNotForever) {
     for (const bool clientSpeaks : {true, false}) {
         Rig rig;
@@ -39,27 +30,6 @@ TEST(Relay, TheServersGoodbyeArrivesAsAnEmptyFrame) {
         }
         EXPECT_EQ(client.Received(), goodbye + "00 00"_hex) << alone;
         EXPECT_EQ(client.SawClose(), alone);
-    }
-}
-
-TEST(Close, EitherSideEndsTheOtherAfterWhatWasQueued) {
-    for (const bool clientCloses : {true, false}) {
-        Rig rig;
-        auto [client, server] = rig.SignOn("Some User");
-        auto& closing = clientCloses ? client : server;
-        auto& other = clientCloses ? server : client;
-        other.TakeReceived();
-        other.LimitReceived(10);
-        const auto frame = Frame(2, clientCloses ? 2 : 102, ByteString(60'000, 'x'));
-        closing.Send(frame);
-        End(closing);
-        ByteString received;
-        for (int i = 0; i < 10'000 && !other.SawClose(); ++i) {
-            received += other.TakeReceived();
-            os::ProcessPendingEvents();
-        }
-        EXPECT_TRUE(other.SawClose());
-        EXPECT_TRUE(received + other.TakeReceived() == frame) << clientCloses;
     }
 }
 

@@ -94,17 +94,6 @@ TEST_F(TrayHost, WithoutATaskbarTheIconIsTriedForAWhileAndGivenToANewOneForEver)
     EXPECT_TRUE(os::fake::ShownTrayIcon());
 }
 
-TEST_F(TrayHost, ARestartedTaskbarGetsTheIconBackAndAnUnloadedHostStaysAway) {
-    host_->Initialise(77);
-    host_->ToolTip("Wrenlow");
-    os::fake::RestartTaskbar();
-    EXPECT_EQ(os::fake::ShownTip(), "Wrenlow");
-    host_->Form_QueryUnload();
-    os::fake::RestartTaskbar();
-    os::fake::AdvanceClock(10 * fSysTrayIconMenu::kRetryMs);
-    EXPECT_FALSE(os::fake::ShownTrayIcon());
-}
-
 TEST_F(TrayHost, TheMenuOpensAtTheCursorAndOnlyAChosenEntryIsReported) {
     host_->Initialise(77);
     host_->AddMenuItem("-");

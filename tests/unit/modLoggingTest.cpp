@@ -66,26 +66,6 @@ TEST_F(modLoggingTest, NothingIsLoggedUnlessTheSettingIsExactlyOn) {
     EXPECT_THROW(cutOff(), RuntimeError);
 }
 
-TEST_F(modLoggingTest, ANameFromTheWireCannotLeaveTheLogFolder) {
-    Set("logfolder", "1");
-    Hear("..\\..\\x", "hi");
-    Hear("..", "hi");
-    EXPECT_EQ(Log(".._.._x\\.._.._x 2004-05-06.txt"), "..\\..\\x (13:05:09): hi\r\n");
-    EXPECT_EQ(Log("__\\__ 2004-05-06.txt"), ".. (13:05:09): hi\r\n");
-}
-
-TEST_F(modLoggingTest, AFailureLeavesNoHalfLineAndTheNextLineIsFine) {
-    Hear("Fred", "first");
-    os::fake::FailWrites("C:\\AimLogs", 112);  // the disk is full
-    EXPECT_THROW(Hear("Fred", "lost"), RuntimeError);
-    EXPECT_THROW(Hear("Bob", "lost"), RuntimeError);
-    os::fake::FailWrites("C:\\AimLogs", 0);
-    Hear("Fred", "second");
-    EXPECT_EQ(Log("Fred 2004-05-06.txt"), "Fred (13:05:09): first\r\nFred (13:05:09): second\r\n");
-    Set("logwhere", "C:\\missing\\folder");  // only its last level is made
-    EXPECT_THROW(Hear("Fred", "lost"), RuntimeError);
-}
-
 TEST(StripHtml, DropsTheTagsOfFormattingAndNothingElse) {
     const struct {
         std::string html, text;

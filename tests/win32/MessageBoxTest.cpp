@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <functional>
 #include <string>
 
@@ -40,12 +39,6 @@ bool HasIcon(HWND box) {
     return GetDlgItem(box, kIconId) != nullptr || GetDlgItem(box, kIconIdWine) != nullptr;
 }
 
-std::atomic<int> ticksSeen = 0;
-
-void CALLBACK CountTick(HWND, UINT, UINT_PTR, DWORD) {
-    ++ticksSeen;
-}
-
 }  // namespace
 
 TEST(MessageBoxOnTheDesktop, EachButtonIsItsAnswerAndClosingTheOneThatDoesLeast) {
@@ -76,16 +69,6 @@ TEST(MessageBoxOnTheDesktop, EachButtonIsItsAnswerAndClosingTheOneThatDoesLeast)
         });
         EXPECT_EQ(result, test.result) << test.press;
     }
-}
-
-TEST(MessageBoxOnTheDesktop, EventsGoOnWhileTheBoxIsOpen) {
-    ticksSeen = 0;
-    const auto timer = SetTimer(nullptr, 0, 10, CountTick);
-    Show(os::BoxIcon::Information, os::BoxButtons::Ok, [](HWND box) {
-        EXPECT_TRUE(Eventually([] { return ticksSeen >= 3; }));
-        PostMessageA(GetDlgItem(box, IDOK), BM_CLICK, 0, 0);
-    });
-    KillTimer(nullptr, timer);
 }
 
 TEST(ShellOnTheDesktop, OpensNothingThatIsNoWebPage) {
