@@ -1,4 +1,4 @@
-"""python3 -m bench native|wine: see bench/run --help."""
+"""python3 -m bench native|wine|features: see bench/run --help."""
 import argparse
 import json
 import statistics
@@ -13,12 +13,11 @@ SCENARIOS = "throughput,latency,rate,scale,churn,backpressure,split"
 LONGEST = 300  # seconds that one scenario may take
 
 
-def measure(program, scenario, seconds, report):
+def measure(program, scenario, load, report):
     """One scenario on a program that is started for it, so that nothing of another one is in the figures."""
     programs.wait_for_ports()
     with program.running() as pids:
-        command = [OSCARLOAD, *program.arguments, "--scenario", scenario, "--seconds", str(seconds), "--label", program.name,
-                   "--json", report]
+        command = [OSCARLOAD, *program.arguments, "--scenario", scenario, *load, "--label", program.name, "--json", report]
         if pids:
             command += ["--proxy-pid", ",".join(map(str, pids))]
         print("==", program.name, scenario, flush=True)
@@ -56,15 +55,18 @@ def table(folder, names):
 
 def main():
     parser = argparse.ArgumentParser(prog="bench/run")
-    parser.add_argument("part", choices=["native", "wine"])
+    parser.add_argument("part", choices=["native", "wine", "features"])
     parser.add_argument("--runs", type=int, default=5)
     parser.add_argument("--seconds", type=float, default=1)
-    parser.add_argument("--scenarios", default=SCENARIOS)
+    parser.add_argument("--scenarios")
     parser.add_argument("--only", default="")
     parser.add_argument("--baseline")
     options = parser.parse_args()
 
-    chosen = programs.native(options.baseline) if options.part == "native" else programs.wine()
+    chosen = {"native": lambda: programs.native(options.baseline), "wine": programs.wine,
+              "features": programs.features}[options.part]()
+    scenarios = options.scenarios or ("throughput" if options.part == "features" else SCENARIOS)
+    load = ["--seconds", str(options.seconds)] + (["--text"] if options.part == "features" else [])
     if options.only:
         chosen = [program for program in chosen if program.name in options.only.split(",")]
     folder = ROOT / "build/bench" / f"{options.part}-{time.strftime('%Y%m%d-%H%M%S')}"
@@ -72,8 +74,8 @@ def main():
     for turn in range(options.runs):
         # Alternating, so that what drifts on the machine hits all of them.
         for program in chosen if turn % 2 == 0 else reversed(chosen):
-            for scenario in options.scenarios.split(","):
-                measure(program, scenario, options.seconds, folder / f"{program.name}-{scenario}-{turn}.json")
+            for scenario in scenarios.split(","):
+                measure(program, scenario, load, folder / f"{program.name}-{scenario}-{turn}.json")
     text = table(folder, [program.name for program in chosen])
     (folder / "table.md").write_text(text + "\n", encoding="utf-8")
     print(text)

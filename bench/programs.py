@@ -9,6 +9,7 @@ from pathlib import Path
 from tests.e2e.target import Exe, free_port, listens, wait_until
 
 ROOT = Path(__file__).resolve().parents[1]
+RELAY = ROOT / "build/release/app/shell/wrenlow-relay"
 
 HAPROXY = """
 global
@@ -80,8 +81,8 @@ class Process:
             process.kill()
             process.wait()
 
-    def write(self, text):
-        path = Path(self._folder.name) / "configuration"
+    def write(self, text, name="configuration"):
+        path = Path(self._folder.name) / name
         path.write_text(text, encoding="ascii")
         return str(path)
 
@@ -109,8 +110,9 @@ class Dante(Process):
         return ["/usr/sbin/danted", "-f", self.write(DANTE.format(port=self.port)), "-p", f"{self._folder.name}/pid"]
 
 
-def relay(name, path):
-    return Process(name, [str(path), "--listen-port", "{port}", "--data", "{folder}", "--settings", "{folder}/settings"])
+def relay(name, path, **settings):
+    options = [word for setting, value in settings.items() for word in ("--set", f"{setting}={value}")]
+    return Process(name, [str(path), "--listen-port", "{port}", "--data", "{folder}", "--settings", "{folder}/settings", *options])
 
 
 class WineProcess(Process):
@@ -145,8 +147,16 @@ def wine_servers():
 
 
 def native(baseline):
-    programs = [Haproxy(), relay("wrenlow-relay", ROOT / "build/release/app/shell/wrenlow-relay"), Dante(), Direct()]
+    programs = [Haproxy(), relay("wrenlow-relay", RELAY), Dante(), Direct()]
     return programs + ([relay("before", baseline)] if baseline else [])
+
+
+def features():
+    """The relay with one feature each, the first without any."""
+    aliases = relay("500 aliases", RELAY)
+    aliases.write("".join(f"buddy number {n}\r\nAlias {n}\r\n" for n in range(500)), "repl.dat")
+    return [relay("no feature", RELAY), aliases, relay("logging", RELAY, logims="1", logwhere="{folder}"),
+            relay("see profile HTML", RELAY, seehtml="1")]
 
 
 def wine():

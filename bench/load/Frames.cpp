@@ -35,7 +35,7 @@ namespace {
 
 Bytes RandomBytes(std::mt19937& rng, std::size_t n) {
     Bytes b(n);
-    for (auto& x : b) x = std::uint8_t(rng());
+    for (auto& x : b) x = std::uint8_t(options.text ? ' ' + rng() % 95 : rng());
     return b;
 }
 

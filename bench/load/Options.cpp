@@ -23,6 +23,7 @@ const char kUsage[] =
     "  --scenario A[,B]    throughput latency rate scale churn backpressure split (default: all)\n"
     "  --seconds S         length of one run (default 1.5)\n"
     "  --payload N         streams of frames of one length (26 to 65535 bytes) instead of the mix\n"
+    "  --text              printable bytes in these frames instead of any\n"
     "  --stream-mb N  --flood-mb N  --churn N  --churn-seconds S  --idle N[,N]\n"
     "  --no-signon         the server sends no sign-on frame\n"
     "  --label NAME  --json FILE\n";
@@ -74,6 +75,8 @@ void ParseOptions(int argc, char** argv) {
             options.floodMb = std::stoull(value());
         else if (a == "--payload")
             options.payload = std::stoul(value());
+        else if (a == "--text")
+            options.text = true;
         else if (a == "--churn")
             options.churn = std::stoi(value());
         else if (a == "--churn-seconds")

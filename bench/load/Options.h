@@ -24,6 +24,7 @@ struct Options {
     std::uint64_t streamMb = 1024;  // most MB per throughput run
     std::uint64_t floodMb = 512;    // MB sent against a receiver that does not read
     std::size_t payload = 0;        // of every frame of a stream, in bytes; 0: a mix
+    bool text = false;  // printable bytes in the frames of a stream, as messages and profiles hold
     int churn = 20000;
     double churnSeconds = 30;
     std::vector<int> idle{1, 100, 1000, 4000};
