@@ -68,7 +68,8 @@ class Updates(Desk):
         self.ended.put_nowait(reader)
 
     async def test_a_hostile_reply_is_given_up_and_disturbs_nobody(self):
-        await self.check(itertools.repeat(b"y"))  # single bytes without end; of the check at the start nobody is told
+        # Of the check at the start nobody is told.
+        await self.check(itertools.chain(itertools.repeat(b"y", 2000), itertools.repeat(b"y" * 500)))
         await within(self.ended.get(), "the end of the check at the start")
         await self.hand.do("menu UUUUE", "chosen")
         await self.shows("Settings")

@@ -1,19 +1,15 @@
 // The answers of the update server: whatever comes, in whatever pieces, the outcome is that of the reply fed
 // whole, and nothing beyond the limits is kept.
 #include <cstdint>
-#include <cstdlib>
 #include <string_view>
 
 #include "desktop/UpdateReply.h"
+#include "tests/fuzz/Check.h"
 
 using UpdateReply::Download;
 using UpdateReply::Version;
 
 namespace {
-
-void Require(bool holds) {
-    if (!holds) std::abort();
-}
 
 // The sizes of the pieces come from the first input byte.
 template <typename Feed>
@@ -32,13 +28,14 @@ void CheckVersion(std::uint8_t seed, std::string_view reply) {
     Version inPieces(17);
     InPieces(seed, reply, [&](std::string_view piece) { inPieces.Feed(piece); });
     const auto result = whole.End();
-    Require(result != Version::Result::Reading && inPieces.End() == result);
+    Check(result != Version::Result::Reading && inPieces.End() == result, "the same result in pieces");
     if (result != Version::Result::Offer) return;
     for (const auto* word : {&whole.Revision(), &whole.Path(), &whole.ProposedName()}) {
-        Require(!word->empty());
-        for (const char c : *word) Require(static_cast<unsigned char>(c) > 0x20 && c != 0x7F);
+        Check(!word->empty(), "an offer has all its words");
+        for (const char c : *word)
+            Check(static_cast<unsigned char>(c) > 0x20 && c != 0x7F, "words are clean");
     }
-    Require(whole.Path() == inPieces.Path());
+    Check(whole.Path() == inPieces.Path(), "the same path in pieces");
 }
 
 void CheckDownload(std::uint8_t seed, std::string_view reply) {
@@ -47,11 +44,11 @@ void CheckDownload(std::uint8_t seed, std::string_view reply) {
     Download inPieces;
     std::uint64_t received = 0;
     InPieces(seed, reply, [&](std::string_view piece) { received += inPieces.Feed(piece).size(); });
-    Require(whole.GetState() == inPieces.GetState());
-    Require(received == file.size() && whole.Received() == received);
+    Check(whole.GetState() == inPieces.GetState(), "the same state in pieces");
+    Check(received == file.size() && whole.Received() == received, "the same bytes in pieces");
     const auto expected = whole.ExpectedLength();
     const bool complete = whole.End() == Download::State::Complete;
-    if (complete && expected) Require(received == *expected);
+    if (complete && expected) Check(received == *expected, "a complete file has its length");
 }
 
 }  // namespace

@@ -94,23 +94,6 @@ TEST_F(TrayHost, WithoutATaskbarTheIconIsTriedForAWhileAndGivenToANewOneForEver)
     EXPECT_TRUE(os::fake::ShownTrayIcon());
 }
 
-TEST_F(TrayHost, TheMenuOpensAtTheCursorAndOnlyAChosenEntryIsReported) {
-    host_->Initialise(77);
-    host_->AddMenuItem("-");
-    const auto index = host_->AddMenuItem("Open", "open");
-    os::fake::SetCursorPosition({300, 200});
-    Choose([&](const os::MenuRequest& request) {
-        EXPECT_EQ(os::fake::ForegroundWindow(), 77u);
-        EXPECT_EQ(request.owner, 77u);
-        EXPECT_EQ(request.x, 300);
-        EXPECT_EQ(request.y, 200);
-        return 0;
-    });
-    EXPECT_EQ(heard_, "");
-    Choose([&](const os::MenuRequest&) { return index; });
-    EXPECT_EQ(heard_, "click2open");
-}
-
 TEST_F(TrayHost, ARemovedEntryAndADestroyedHostRaiseNothing) {
     host_->Initialise(77);
     host_->AddMenuItem("Open", "open");
