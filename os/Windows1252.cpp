@@ -2,10 +2,11 @@
 
 #include "os/CodePage.h"
 
+// Only the bytes from 0x80 to 0x9F stand for other numbers than their own.
 std::string os::EncodeInCodePage(char32_t character) {
-    for (unsigned byte = 0; byte < 0x100; ++byte) {
-        const auto candidate = static_cast<unsigned char>(byte);
-        if (UnicodeOfWindows1252(candidate) == character) return {static_cast<char>(candidate)};
+    if (character < 0x80 || (character >= 0xA0 && character <= 0xFF)) return {static_cast<char>(character)};
+    for (unsigned char byte = 0x80; byte < 0xA0; ++byte) {
+        if (UnicodeOfWindows1252(byte) == character) return {static_cast<char>(byte)};
     }
     return {};
 }

@@ -20,9 +20,8 @@ std::string FoldKey(std::string_view key) {
 SettingsText::SettingsText(std::string_view utf8, const std::string& topKey) : topKey_(FoldKey(topKey)) {
     while (!utf8.empty()) {
         const auto end = std::min(utf8.find('\n'), utf8.size());
-        auto line = utf8.substr(0, end);
-        if (line.ends_with('\r')) line.remove_suffix(1);
-        lines_.emplace_back(line);
+        const auto line = utf8.substr(0, end);
+        lines_.emplace_back(line.substr(0, line.find_last_not_of('\r') + 1));
         utf8.remove_prefix(std::min(end + 1, utf8.size()));
     }
 }
