@@ -72,6 +72,8 @@ Function ${prefix}EndRunning
   System::Call 'kernel32::WaitForSingleObject(p r2, i 15000) i .r3'
   System::Call 'kernel32::CloseHandle(p r2)'
   IntCmp $3 0 next
+  FindWindow $0 "WrenlowHidden" "Wrenlow" ; it may have ended before it could be waited for
+  IntPtrCmp $0 0 done
   MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION \
     "Wrenlow is still running. It may be waiting for your answer to a question about AIM.$\r$\n$\r$\n\
     Please answer it, or close Wrenlow, then press Retry." /SD IDCANCEL IDRETRY next
