@@ -196,7 +196,7 @@ def formatting(log):
 def tidy(log):
     """clang-tidy on what the native build compiles of the programs; by hand, because it takes minutes."""
     status = run(log, ["run-clang-tidy", "-quiet", "-extra-arg=-Wno-unknown-warning-option", "-p", str(BUILD / "debug"),
-                       rf"^{ROOT}/({'|'.join(CHECKED)})/"])
+                       rf"^{ROOT}/({'|'.join(CHECKED)})/"], longest=3600)
     return Result.of("clang-tidy", status == 0)
 
 
