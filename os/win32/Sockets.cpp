@@ -86,21 +86,17 @@ void CloseSocket(SocketHandle handle) {
     closesocket(Native(handle));
 }
 
+// A reset reads like an end under Wine, which has taken the error to itself.
 Transfer Receive(SocketHandle handle, std::span<char> buffer) {
-    const auto received = Discard(handle, buffer);
-    if (received.outcome == Outcome::Done && received.bytes == 0) {
-        // Wine takes a reset's error to itself and then reads like an end.
-        if (const auto number = PendingError(handle)) return {Outcome::Failed, 0, number};
-    }
-    return received;
-}
-
-Transfer Discard(SocketHandle handle, std::span<char> scratch) {
-    WSABUF room{static_cast<ULONG>(scratch.size()), scratch.data()};
+    WSABUF room{static_cast<ULONG>(buffer.size()), buffer.data()};
     DWORD count = 0;
     DWORD flags = 0;
     const int result = WSARecv(Native(handle), &room, 1, &count, &flags, nullptr, nullptr);
     return Result(result, count);
+}
+
+Transfer Discard(SocketHandle handle, std::span<char> scratch) {
+    return Receive(handle, scratch);
 }
 
 // Sends until all is taken or more is refused: the system tells of new room only after it has refused.
