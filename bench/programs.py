@@ -50,6 +50,7 @@ class Direct:
 class Process:
     """A proxy that runs in the foreground; gives the processes whose CPU time and memory are its own."""
     port = None
+    took = None  # seconds from its start until it listened
 
     def __init__(self, name, command):
         self.name = name
@@ -69,10 +70,12 @@ class Process:
 
     @contextlib.contextmanager
     def running(self):
-        process = subprocess.Popen(self.command(), stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-                                   stderr=subprocess.DEVNULL)
+        command = self.command()
+        began = time.monotonic()
+        process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         try:
-            wait_until(lambda: listens(self.port), f"{self.name} does not listen")
+            wait_until(lambda: listens(self.port), f"{self.name} does not listen", step=0.0005)
+            self.took = time.monotonic() - began
             yield self.pids(process)
         finally:
             process.terminate()

@@ -23,12 +23,12 @@ def free_port():
         return probe.getsockname()[1]
 
 
-def wait_until(condition, what, patience=PATIENCE):
+def wait_until(condition, what, patience=PATIENCE, step=0.02):
     deadline = time.monotonic() + patience
     while not condition():
         if time.monotonic() > deadline:
             raise TimeoutError(f"waited {patience} s in vain: {what}")
-        time.sleep(0.02)
+        time.sleep(step)
 
 
 class Program:
