@@ -10,7 +10,7 @@ import time
 from dataclasses import dataclass
 from pathlib import Path
 
-from .program import PATIENCE, end_wine, listens
+from .program import PATIENCE, end_wine, listens, of_windows
 from .record import within
 
 SETTINGS = r"HKCU\software\Wrenlow"
@@ -61,7 +61,7 @@ async def _kill(process):
 
 async def registry_values(key):
     """The values of a key as {name: (type, text)}."""
-    _, output = await _wine("reg", "query", key)
+    _, output = await _wine(of_windows("reg"), "query", key)
     return {name: (kind, text) for name, kind, text in re.findall(r"^    (\S+)    (REG_\w+)    (.*?)\r?$", output, re.MULTILINE)}
 
 
@@ -69,13 +69,13 @@ async def registry_set(key, **values):
     """A text is stored as one, a number as a double word."""
     for name, value in values.items():
         kind = "REG_DWORD" if isinstance(value, int) else "REG_SZ"
-        status, output = await _wine("reg", "add", key, "/v", name, "/t", kind, "/d", str(value), "/f")
+        status, output = await _wine(of_windows("reg"), "add", key, "/v", name, "/t", kind, "/d", str(value), "/f")
         if status:
             raise RuntimeError(f"cannot set {name}: {output}")
 
 
 async def registry_forget(key):
-    await _wine("reg", "delete", key, "/f")  # which may not be there
+    await _wine(of_windows("reg"), "delete", key, "/f")  # which may not be there
 
 
 @dataclass
@@ -169,7 +169,7 @@ class Wrenlow:
 
     async def ask_to_end(self):
         """As a shut-down of the desktop's programs does; returns before the program has ended."""
-        await _wine("taskkill", "/im", "wrenlow.exe")
+        await _wine(of_windows("taskkill"), "/im", "wrenlow.exe")
 
     async def close(self):
         """Ends it, asked or killed, and frees its port, whatever was the matter."""
@@ -214,7 +214,7 @@ class AimClient:
         except (RuntimeError, TimeoutError):
             answer = "the hand is gone"
         if answer not in ("closed", "no such window"):
-            await _wine("taskkill", "/f", "/im", "aim.exe")
+            await _wine(of_windows("taskkill"), "/f", "/im", "aim.exe")
 
     async def was_ended(self):
         """Waits until the process that we have started has ended; gives its status."""

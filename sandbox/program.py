@@ -1,6 +1,7 @@
 """The program as its user changes it while it runs: its settings and its alias list."""
 import os
 import subprocess
+import tempfile
 from pathlib import Path
 
 PATIENCE = 30  # seconds; only bounds what hangs
@@ -9,6 +10,22 @@ PATIENCE = 30  # seconds; only bounds what hangs
 def listens(port):
     """Whether somebody listens on this port. Read from the kernel: a probe would be one more connection to relay."""
     return f"0100007F:{port:04X} 00000000:0000 0A" in Path("/proc/net/tcp").read_text(encoding="ascii")
+
+
+def of_windows(name):
+    """The path of one of Windows' own programs. When it has to look for one, Wine takes twice as long to start it, and one
+    time in a thousand starts none."""
+    return rf"C:\windows\system32\{name}.exe"
+
+
+def run_in_wine(program, *arguments):
+    """Runs a Windows program to its end, which is to be a good one."""
+    with tempfile.TemporaryFile() as output:  # no pipe: Wine's server may keep it open
+        status = subprocess.run(["wine", program, *arguments], stdin=subprocess.DEVNULL, stdout=output,
+                                stderr=output, timeout=PATIENCE).returncode
+        output.seek(0)
+        if status:
+            raise RuntimeError(f"{program} {' '.join(arguments)}: status {status}: {output.read().decode(errors='replace')}")
 
 
 def end_wine():
@@ -58,8 +75,7 @@ class ExeSettings:
             self._reg("delete", "/v", name)
 
     def _reg(self, verb, *arguments):
-        subprocess.run(["wine", "reg", verb, self.KEY, *arguments, "/f"], stdout=subprocess.DEVNULL,
-                       stderr=subprocess.DEVNULL, timeout=PATIENCE, check=True)
+        run_in_wine(of_windows("reg"), verb, self.KEY, *arguments, "/f")
 
     def path(self, path):
         return "Z:" + path.replace("/", "\\")

@@ -10,7 +10,7 @@ import tempfile
 import sys
 import time
 
-from sandbox.program import PATIENCE, ExeSettings, RelaySettings, end_wine, listens
+from sandbox.program import PATIENCE, ExeSettings, RelaySettings, end_wine, listens, of_windows, run_in_wine
 from tests.e2e.measure import describe
 
 OTHERS_TIME = 600  # seconds that other runs may take with the port
@@ -191,8 +191,7 @@ class WindowsProgram(Program):
     def ask_to_end(self):
         self.expect_end()
         # Closes the hidden main window, as the tray menu does in the end. (A signal would only hit Wine's loader.)
-        subprocess.run(["wine", "taskkill", "/im", "wrenlow.exe"], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
-                       timeout=PATIENCE, check=True)
+        run_in_wine(of_windows("taskkill"), "/im", "wrenlow.exe")
 
 
 class Exe:

@@ -5,6 +5,7 @@ import shutil
 import subprocess
 import tempfile
 
+from sandbox.program import of_windows, run_in_wine
 from sandbox.wire import parse_tlvs
 from tests.e2e import support
 from tests.e2e.support import RelayTest, within
@@ -15,12 +16,8 @@ HOTKEYS = [("Ctrl+Shift+F8", "Set Away", "Gone to the sea"), ("Ctrl+Alt+K", "Cle
 CONTROL, SHIFT, ALT, K, F8, F9 = 17, 16, 18, 75, 119, 120  # virtual-key codes
 
 
-def wine(*command):
-    subprocess.run(["wine", *command], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=PATIENCE, check=True)
-
-
 def store(key, name, text):
-    wine("reg", "add", key, "/v", name, "/d", text, "/f")
+    run_in_wine(of_windows("reg"), "add", key, "/v", name, "/d", text, "/f")
 
 
 class Hotkeys(RelayTest):
@@ -32,7 +29,7 @@ class Hotkeys(RelayTest):
         for number, parts in enumerate(HOTKEYS, 1):
             for suffix, text in zip(("n", "nt", "na"), parts):
                 store(KEY + r"\hotkeys", f"{number}{suffix}", text)
-        self.addCleanup(wine, "reg", "delete", KEY, "/f")
+        self.addCleanup(run_in_wine, of_windows("reg"), "delete", KEY, "/f")
         self.discard()  # it is started with these settings now
         await super().asyncSetUp()
 
@@ -40,7 +37,7 @@ class Hotkeys(RelayTest):
         pass  # the program is gone, as it should be
 
     async def press(self, *codes):
-        await asyncio.to_thread(wine, support.target.hand, "keys", *map(str, codes))
+        await asyncio.to_thread(run_in_wine, support.target.hand, "keys", *map(str, codes))
 
     async def until_back(self, name):
         while self.service.user(name).away:

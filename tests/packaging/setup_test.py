@@ -14,6 +14,7 @@ from pathlib import Path
 
 from sandbox.client import Client
 from sandbox.desk import Hand, until
+from sandbox.program import of_windows
 from sandbox.service import Service
 from tests.e2e.target import Exe, listens, wait_until
 
@@ -76,7 +77,7 @@ class Setup(unittest.IsolatedAsyncioTestCase):
     def start(self):
         process = windows.start(self.home / "wrenlow.exe")
         self.addCleanup(process.wait)
-        self.addCleanup(windows.run, "taskkill", "/im", "wrenlow.exe")
+        self.addCleanup(windows.run, of_windows("taskkill"), "/im", "wrenlow.exe")
         self.wait_until_listening()
         return process
 

@@ -6,7 +6,7 @@ import subprocess
 import tempfile
 from pathlib import Path
 
-from tests.e2e.target import PATIENCE
+from sandbox.program import PATIENCE, of_windows
 
 UNINSTALL_KEY = r"HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall\Wrenlow"
 RUN_KEY = r"HKCU\Software\Microsoft\Windows\CurrentVersion\Run"
@@ -28,7 +28,7 @@ def run_line(line):
     with tempfile.TemporaryDirectory() as folder:
         batch = Path(folder, "line.bat")
         batch.write_text(line + "\r\n", encoding="ascii")
-        return run("cmd", "/c", windows_path(batch))
+        return run(of_windows("cmd"), "/c", windows_path(batch))
 
 
 def windows_path(path):
@@ -42,7 +42,7 @@ def drive_c():
 
 def local_programs():
     """Where a program for one user belongs."""
-    user = subprocess.run(["wine", "cmd", "/c", "echo %LOCALAPPDATA%"], env=ENVIRONMENT, capture_output=True, text=True,
+    user = subprocess.run(["wine", of_windows("cmd"), "/c", "echo %LOCALAPPDATA%"], env=ENVIRONMENT, capture_output=True, text=True,
                           check=True, timeout=LONGEST).stdout.strip()
     return drive_c() / user.removeprefix("C:\\").replace("\\", "/") / "Programs"
 
@@ -51,7 +51,7 @@ def values(key):
     """The values of a registry key by name, texts as they are and numbers as numbers; None without such a key."""
     with tempfile.TemporaryDirectory() as folder:
         exported = Path(folder, "key.reg")
-        run("reg", "export", key, windows_path(exported), "/y")
+        run(of_windows("reg"), "export", key, windows_path(exported), "/y")
         if not exported.exists():
             return None
         text = exported.read_text(encoding="utf-16")
@@ -63,12 +63,12 @@ def values(key):
 
 def write(key, name, value):
     kind = "REG_DWORD" if isinstance(value, int) else "REG_SZ"
-    if run("reg", "add", key, "/v", name, "/t", kind, "/d", value, "/f") != 0:
+    if run(of_windows("reg"), "add", key, "/v", name, "/t", kind, "/d", value, "/f") != 0:
         raise RuntimeError(f"{key}\\{name} cannot be written")
 
 
 def remove(key):
-    run("reg", "delete", key, "/f")
+    run(of_windows("reg"), "delete", key, "/f")
 
 
 def start(program, *arguments):
