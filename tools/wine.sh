@@ -30,8 +30,8 @@ wine_virtual_display() {
 # notification area.
 wine_desktop() {
     [ -f "$WINEPREFIX/.desktop" ] && return
-    wine reg add 'HKCU\Software\Wine\Explorer' /v Desktop /d shell /f >/dev/null
-    wine reg add 'HKCU\Software\Wine\Explorer\Desktops' /v shell /d 800x600 /f >/dev/null
+    wine 'C:\windows\system32\reg.exe' add 'HKCU\Software\Wine\Explorer' /v Desktop /d shell /f >/dev/null
+    wine 'C:\windows\system32\reg.exe' add 'HKCU\Software\Wine\Explorer\Desktops' /v shell /d 800x600 /f >/dev/null
     wineserver -k
     touch "$WINEPREFIX/.desktop"
 }
