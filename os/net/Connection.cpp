@@ -60,7 +60,7 @@ void Connection::AddressFound(std::int32_t number, Address address) {
 void Connection::ConnectTo(Address address) {
     phase_ = Phase::Connecting;
     try {
-        handle_ = OpenOutgoing();
+        handle_ = OpenSocket();
         UpdateWatch();
         StartConnecting(handle_.Get(), address, port_);
     } catch (const RuntimeError& error) {

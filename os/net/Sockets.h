@@ -67,8 +67,8 @@ struct Address {
     std::uint32_t value;
 };
 
-// A socket to connect with. Throws RuntimeError.
-Socket OpenOutgoing();
+// A socket to connect or listen with. Throws RuntimeError.
+Socket OpenSocket();
 // Throws RuntimeError when the connection fails at once. The socket is to be watched already: a system may
 // tell of a failure only once.
 void StartConnecting(SocketHandle handle, Address address, std::uint16_t port);

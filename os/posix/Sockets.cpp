@@ -27,12 +27,6 @@ void SetOption(SocketHandle handle, int level, int option, int value) {
     ::setsockopt(Descriptor(handle), level, option, &value, sizeof value);
 }
 
-Socket OpenSocket() {
-    Socket socket(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
-    if (!socket) posix::ThrowLastError();
-    return socket;
-}
-
 sockaddr_in SocketAddress(std::uint32_t address, std::uint16_t port) {
     sockaddr_in result{};
     result.sin_family = AF_INET;
@@ -80,8 +74,10 @@ Transfer Send(SocketHandle handle, std::span<const Part> parts) {
     return Result(::sendmsg(Descriptor(handle), &message, MSG_NOSIGNAL));
 }
 
-Socket OpenOutgoing() {
-    return OpenSocket();
+Socket OpenSocket() {
+    Socket socket(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    if (!socket) posix::ThrowLastError();
+    return socket;
 }
 
 void StartConnecting(SocketHandle handle, Address address, std::uint16_t port) {

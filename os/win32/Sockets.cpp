@@ -44,14 +44,6 @@ void SwitchOffNagle(SocketHandle handle) {
     SetOption(handle, IPPROTO_TCP, TCP_NODELAY, 1);
 }
 
-// It becomes non-blocking with its watch; programs that are started inherit nothing.
-Socket OpenSocket() {
-    StartWinsock();
-    const SOCKET native = WSASocketA(AF_INET, SOCK_STREAM, IPPROTO_TCP, nullptr, 0, WSA_FLAG_OVERLAPPED);
-    if (native == INVALID_SOCKET) ThrowSocketError();
-    return Socket(static_cast<SocketHandle>(native));
-}
-
 void KeepAlive(SocketHandle handle) {
     tcp_keepalive settings{1, kKeepAliveIdleMs, kKeepAliveIntervalMs};
     DWORD unused = 0;
@@ -125,8 +117,12 @@ Transfer Send(SocketHandle handle, std::span<const Part> parts) {
     return {Outcome::Done, total, 0};
 }
 
-Socket OpenOutgoing() {
-    return OpenSocket();
+// It becomes non-blocking with its watch; programs that are started inherit nothing.
+Socket OpenSocket() {
+    StartWinsock();
+    const SOCKET native = WSASocketA(AF_INET, SOCK_STREAM, IPPROTO_TCP, nullptr, 0, WSA_FLAG_OVERLAPPED);
+    if (native == INVALID_SOCKET) ThrowSocketError();
+    return Socket(static_cast<SocketHandle>(native));
 }
 
 void StartConnecting(SocketHandle handle, Address address, std::uint16_t port) {
