@@ -1,9 +1,14 @@
 """python3 -m bench native|wine|features: see bench/run --help."""
 import argparse
+import contextlib
 import json
+import os
+import platform
+import re
 import statistics
 import subprocess
 import time
+from pathlib import Path
 
 from . import programs
 from .programs import ROOT
@@ -53,9 +58,23 @@ def table(folder, names):
     return "\n".join([*lines, *(f"- {failure}" for failure in failures)])
 
 
+def machine():
+    """What the figures were measured on: they hold there."""
+    def first(path, pattern):
+        with contextlib.suppress(OSError):
+            return next(iter(re.findall(pattern, Path(path).read_text(encoding="utf-8"), re.M)), "unknown")
+        return "unknown"
+    caches = Path("/sys/devices/system/cpu/cpu0/cache")
+    sizes = {first(index / "level", r".+"): first(index / "size", r".+") for index in sorted(caches.glob("index*"))}
+    processor = first("/proc/cpuinfo", r"^model name\s*: (.+)")
+    return (f"{processor}, {os.cpu_count()} processors, "
+            f"L2 {sizes.get('2', 'unknown')}, L3 {sizes.get('3', 'unknown')}, "
+            f"kernel {platform.release()}, load {os.getloadavg()[0]:.1f} at the end")
+
+
 def main():
     parser = argparse.ArgumentParser(prog="bench/run")
-    parser.add_argument("part", choices=["native", "wine", "features"])
+    parser.add_argument("part", choices=["native", "wine", "features", "traffic"])
     parser.add_argument("--runs", type=int, default=5)
     parser.add_argument("--seconds", type=float, default=1)
     parser.add_argument("--scenarios")
@@ -64,8 +83,8 @@ def main():
     options = parser.parse_args()
 
     chosen = {"native": lambda: programs.native(options.baseline), "wine": programs.wine,
-              "features": programs.features}[options.part]()
-    scenarios = options.scenarios or ("throughput" if options.part == "features" else SCENARIOS)
+              "features": programs.features, "traffic": programs.traffic}[options.part]()
+    scenarios = options.scenarios or {"features": "throughput", "traffic": "throughput,pace"}.get(options.part, SCENARIOS)
     load = ["--seconds", str(options.seconds)] + (["--text"] if options.part == "features" else [])
     if options.only:
         chosen = [program for program in chosen if program.name in options.only.split(",")]
@@ -76,7 +95,7 @@ def main():
         for program in chosen if turn % 2 == 0 else reversed(chosen):
             for scenario in scenarios.split(","):
                 measure(program, scenario, load, folder / f"{program.name}-{scenario}-{turn}.json")
-    text = table(folder, [program.name for program in chosen])
+    text = machine() + "\n\n" + table(folder, [program.name for program in chosen])
     (folder / "table.md").write_text(text + "\n", encoding="utf-8")
     print(text)
 

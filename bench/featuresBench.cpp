@@ -6,10 +6,12 @@
 #include <random>
 
 #include "app/services/modRegistry.h"
-#include "features/clsSessionFeatures.h"
 #include "features/modLogging.h"
 #include "features/modSNReplace.h"
+#include "features/waiting/FetchMessages.h"
+#include "features/waiting/KeepMessages.h"
 #include "os/SettingsFile.h"
+#include "tests/unit/Messages.h"
 
 namespace {
 
@@ -58,7 +60,7 @@ void Search(benchmark::State& state, ByteString (*makePayload)(std::size_t)) {
     ByteString rewritten;
     for (auto _ : state) {
         benchmark::DoNotOptimize(
-            modSNReplace::ReplaceScreenNames(list, Direction::ToClient, payload, rewritten));
+            modSNReplace::ReplaceScreenNames(list, Direction::ToClient, 2, payload, rewritten));
     }
     state.SetBytesProcessed(state.iterations() * state.range(1));
 }
@@ -80,10 +82,31 @@ void Rewrite(benchmark::State& state) {
     ByteString rewritten;
     for (auto _ : state) {
         benchmark::DoNotOptimize(
-            modSNReplace::ReplaceScreenNames(list, Direction::ToClient, payload, rewritten));
+            modSNReplace::ReplaceScreenNames(list, Direction::ToClient, 2, payload, rewritten));
     }
 }
 BENCHMARK(Rewrite);
+
+// Every name of the list in one frame.
+void RewriteAll(benchmark::State& state) {
+    std::vector<Replacement> list;
+    ByteString payload("\0\4\0\7\0\0\0\0\0\1", 10);
+    std::mt19937 random(5);
+    for (int i = 0; i < state.range(0); ++i) {
+        list.push_back({"name number " + std::to_string(i), "Alias " + std::to_string(i)});
+        const auto& name = list.back().screenName;
+        payload += static_cast<char>(name.size()) + name;
+        for (int c = 0; c < 34; ++c) payload += static_cast<char>(' ' + random() % 95);
+    }
+    const ReplacementList aliases(std::move(list));
+    ByteString rewritten;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(
+            modSNReplace::ReplaceScreenNames(aliases, Direction::ToClient, 2, payload, rewritten));
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(payload.size()));
+}
+BENCHMARK(RewriteAll)->Arg(100)->Arg(1000)->Unit(benchmark::kMillisecond);
 
 // Four settings read from the settings file, the folder looked at, one open, write and close.
 void LogLine(benchmark::State& state, const char* on, const char* asHtml) {
@@ -96,10 +119,42 @@ void LogLine(benchmark::State& state, const char* on, const char* asHtml) {
     modRegistry::WriteSetting("loghowhtm", asHtml);
     const std::string message =
         "<HTML><BODY BGCOLOR=\"#ffffff\"><FONT>how are you today?</FONT></BODY></HTML>";
-    for (auto _ : state) modLogging::WriteLogLine("wrenlowbench", "wrenlowbench", message, true);
+    clsHeaderSNAC snac;
+    snac.Create(4, 7, 0, 0, IncomingData("wrenlowbench", Tlv(2, MessageData(message))));
+    modLogging::MessageLog log;
+    for (auto _ : state) log.LogMessage(Direction::ToClient, snac, "");
 }
 BENCHMARK_CAPTURE(LogLine, off, "0", "False");
 BENCHMARK_CAPTURE(LogLine, text, "1", "False");
 BENCHMARK_CAPTURE(LogLine, html, "1", "True");
+
+// A message that passes the features that keep and fetch messages: nothing has to be done.
+struct NoSession final : Session {
+    std::size_t Slot() const override { return 0; }
+    const Place& Asked() const override { return place; }
+    TrafficCount Received(Direction) const override { return {}; }
+    os::Ends EndsOf(Direction) const override { return {}; }
+    bool IsIPv6Only() const override { return false; }
+    const ScreenNames& Names(Direction) const override { return names; }
+    void Learn(Direction, ScreenNames, bool) override {}
+    void Send(Direction, ByteString, std::uint8_t) override {}
+
+    Place place;
+    ScreenNames names{"me", "me"};
+};
+void PassingMessage(benchmark::State& state, FeatureEntry (*feature)(), Direction way) {
+    NoSession session;
+    const auto made = feature().make(session);
+    const ByteString text(static_cast<std::size_t>(state.range(0)), 'x');
+    const auto tlvs = Tlv(2, MessageData(text));
+    const auto payload = way == Direction::ToServer ? Snac(4, 6, OutgoingData("wrenlowbench", tlvs))
+                                                    : Snac(4, 7, IncomingData("wrenlowbench", tlvs));
+    for (auto _ : state) {
+        FrameView frame(way, 2, payload);
+        benchmark::DoNotOptimize(made->Frame(frame));
+    }
+}
+BENCHMARK_CAPTURE(PassingMessage, keep, KeepMessages, Direction::ToServer)->Arg(100)->Arg(2000);
+BENCHMARK_CAPTURE(PassingMessage, fetch, FetchMessages, Direction::ToClient)->Arg(100)->Arg(2000);
 
 }  // namespace

@@ -6,10 +6,12 @@ import tempfile
 import time
 from pathlib import Path
 
+from sandbox.program import run_in_wine
 from tests.e2e.target import Exe, free_port, listens, wait_until
 
 ROOT = Path(__file__).resolve().parents[1]
-RELAY = ROOT / "build/release/app/shell/wrenlow-relay"
+RELAY = ROOT / "build/release/app/relay/wrenlow-relay"
+EXE = ROOT / "build/win64/app/shell/wrenlow.exe"
 
 HAPROXY = """
 global
@@ -128,14 +130,29 @@ class WineProcess(Process):
 class WrenlowExe(WineProcess):
     """Its port is fixed: one at a time on the machine."""
 
-    def __init__(self, path):
-        super().__init__("wrenlow.exe", ["wine", str(path), "d"])
-        self._exe = Exe(path)  # holds the lock of the port
+    def __init__(self, exe, name="wrenlow.exe"):
+        super().__init__(name, ["wine", exe.path, "d"])
+        self._exe = exe
 
     def command(self):
         self.port = Exe.PORT
         wait_until(lambda: not listens(self.port), "the port is taken")
         return self._command
+
+    def pids(self, process):
+        self.prepare()
+        return super().pids(process)
+
+    def prepare(self):
+        """What is done in it before it is measured."""
+
+
+class TrafficOpen(WrenlowExe):
+    """With the page in front on which every frame is a line."""
+
+    def prepare(self):
+        for command in ("open", "keys 17 9"):  # Ctrl+Tab
+            run_in_wine(self._exe.hand, *command.split())
 
 
 def wine_servers():
@@ -158,13 +175,19 @@ def features():
     """The relay with one feature each, the first without any."""
     aliases = relay("500 aliases", RELAY)
     aliases.write("".join(f"buddy number {n}\r\nAlias {n}\r\n" for n in range(500)), "repl.dat")
-    return [relay("no feature", RELAY), aliases, relay("logging", RELAY, logims="1", logwhere="{folder}"),
+    return [relay("no feature", RELAY), aliases, relay("messages", RELAY, keepmessages="1", fetchmessages="1"), relay("neither", RELAY, fetchmessages="0"),
+            relay("logging", RELAY, logims="1", logwhere="{folder}"),
             relay("see profile HTML", RELAY, seehtml="1")]
 
 
 def wine():
-    return [WineProcess("winrelay", ["wine", str(ROOT / "build/win64/bench/winrelay.exe"), "{port}"]),
-            WrenlowExe(ROOT / "build/win64/app/shell/wrenlow.exe")]
+    return [WineProcess("winrelay", ["wine", str(ROOT / "build/win64/bench/winrelay.exe"), "{port}"]), WrenlowExe(Exe(EXE))]
+
+
+def traffic():
+    """wrenlow.exe beside itself with the page Traffic open."""
+    exe = Exe(EXE)  # holds the lock of the port
+    return [WrenlowExe(exe), TrafficOpen(exe, "page open")]
 
 
 def wait_for_ports():

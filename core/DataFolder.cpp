@@ -1,17 +1,9 @@
 #include "core/DataFolder.h"
 
-#include <utility>
-
+#include "core/Relay.h"
 #include "os/Files.h"
 
-namespace {
-std::string chosenFolder;
-}
-
-std::string DataFolder() {
-    return chosenFolder.empty() ? os::ProgramFolder() : chosenFolder;
-}
-
-void SetDataFolder(std::string folder) {
-    chosenFolder = std::move(folder);
+os::Path DataFolder() {
+    const auto* const relay = Relay::Current();
+    return relay != nullptr ? relay->DataFolder() : os::ProgramFolder();
 }

@@ -1,11 +1,7 @@
-// DataFolder: where the program's own files lie (the alias list "repl.dat", the debug files). Beside the
-// executable, unless start-up names another folder, as the command line of the native relay can.
+// DataFolder: where the program's own files lie (the alias list "repl.dat", the debug files).
 #pragma once
 
-#include <string>
+#include "os/Path.h"
 
-// Without a separator at its end.
-std::string DataFolder();
-
-// "" puts the folder of the executable back.
-void SetDataFolder(std::string folder);
+// The current relay's, without a separator at its end; the folder of the executable while there is no relay.
+os::Path DataFolder();

@@ -1,6 +1,7 @@
 #include "core/FlapStream.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "core/FlapFrame.h"
 
@@ -44,13 +45,20 @@ void FlapStream::Feed(std::span<char> arrival) {
     bool behindFrame = false;
     if (!held_.empty()) arrival = FinishHeld(arrival, behindFrame);
     while (const auto length = WholeFrameLength(arrival)) {
-        Frame(arrival.first(length));
+        HandOut(arrival.first(length));
         arrival = arrival.subspan(length);
         behindFrame = true;
     }
     held_.append(arrival.data(), arrival.size());
     if (held_.size() == kGoodbyeLength) mayBeGoodbye_ = true;
-    awaitsSilence_ = held_.size() == kGoodbyeLength && behindFrame;
+    awaitsSilence_ = held_.size() == kGoodbyeLength && behindFrame && LooksLikeNextFrame();
+}
+
+bool FlapStream::LooksLikeNextFrame() const {
+    const auto channel = static_cast<std::uint8_t>(held_[1]);
+    const auto sequence = static_cast<std::uint16_t>(GetWord(held_, 3));
+    return held_[0] == FlapFrame::kMarker && channel >= 1 && channel <= 5 &&
+           sequence == static_cast<std::uint16_t>(lastSequence_ + 1);
 }
 
 // Completes the held frame from the arrival and hands it out; returns what the arrival holds behind it.
@@ -60,7 +68,7 @@ std::span<char> FlapStream::FinishHeld(std::span<char> arrival, bool& behindFram
     if (held_.size() < FlapFrame::kHeaderLength && !Fill(held_, arrival, FlapFrame::kHeaderLength))
         return arrival;
     if (!Fill(held_, arrival, FlapFrame(held_).TotalLength())) return arrival;
-    Frame(held_);
+    HandOut(held_);
     Release();
     behindFrame = true;
     return arrival;
@@ -85,6 +93,12 @@ void FlapStream::SilencePassed() {
     if (awaitsSilence_) HandOutGoodbye();
 }
 
+ByteString FlapStream::TakeHeld() {
+    auto held = std::exchange(held_, {});
+    Release();
+    return held;
+}
+
 void FlapStream::PeerClosed() {
     if (held_.size() == kGoodbyeLength) HandOutGoodbye();
     Release();
@@ -93,8 +107,14 @@ void FlapStream::PeerClosed() {
 void FlapStream::HandOutGoodbye() {
     held_.resize(kGoodbyeLength);
     held_.append(FlapFrame::kHeaderLength - kGoodbyeLength, '\0');
-    Frame(held_);
+    HandOut(held_);
     Release();
+}
+
+// The handler may number the frame anew.
+void FlapStream::HandOut(std::span<char> frame) {
+    lastSequence_ = FlapFrame(frame).Sequence();
+    Frame(frame);
 }
 
 // An idle connection keeps no buffer.

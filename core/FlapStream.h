@@ -9,7 +9,8 @@
 // end of an arrival can be either. They are held and judged by the four that follow: these begin a new frame
 // (marker, channel 1 to 5, the next sequence number), then the held ones were an empty frame; otherwise they
 // were the beginning of a header. If nothing follows they become an empty frame when the peer closes, or,
-// when they stood right behind a whole frame, after a while of silence (kGoodbyeSilenceMs).
+// when they stood right behind a whole frame and look like the next one, after a while of silence
+// (kGoodbyeSilenceMs).
 #pragma once
 
 #include <cstdint>
@@ -31,6 +32,8 @@ class FlapStream {
     bool AwaitsSilence() const { return awaitsSilence_; }
     // The silence has passed.
     void SilencePassed();
+    // Gives up the beginning of an incomplete frame: the stream carries none.
+    ByteString TakeHeld();
     // The peer has ended its direction. Four held bytes go out as an empty frame, any other rest is lost with
     // the peer that did not finish it.
     void PeerClosed();
@@ -38,10 +41,13 @@ class FlapStream {
  private:
     std::span<char> FinishHeld(std::span<char> arrival, bool& behindFrame);
     std::span<char> JudgeGoodbye(std::span<char> arrival, bool& behindFrame);
+    void HandOut(std::span<char> frame);
     void HandOutGoodbye();
+    bool LooksLikeNextFrame() const;
     void Release();
 
     ByteString held_;             // the beginning of an incomplete frame
     bool mayBeGoodbye_ = false;   // held_ begins with four bytes that ended an arrival and are not yet judged
-    bool awaitsSilence_ = false;  // and they stood right behind a whole frame
+    bool awaitsSilence_ = false;  // and they stood right behind a whole frame, and look like the next one
+    std::uint16_t lastSequence_ = 0;  // of the last frame, as the peer wrote it
 };

@@ -1,5 +1,7 @@
 #include "core/Socks4.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr std::size_t kFixedLength = 8;
@@ -21,13 +23,18 @@ bool AsksForName(std::string_view bytes) {
 
 }  // namespace
 
+bool IsNoSocks4Request(std::string_view bytes) {
+    const auto isPrintable = [](char c) { return c >= ' ' && c <= '~'; };
+    return bytes.size() >= kFixedLength && std::ranges::all_of(bytes.substr(0, kFixedLength), isPrintable);
+}
+
 std::optional<Socks4Request> ParseSocks4Request(std::string_view bytes) {
     if (bytes.size() < kFixedLength) return {};
+    const auto userEnd = bytes.find('\0', kFixedLength);
     Socks4Request request{DottedAddress(bytes, 5), std::to_string(GetWord(bytes, 3)),
-                          ByteString(bytes.substr(2, 6))};
+                          userEnd != std::string_view::npos, ByteString(bytes.substr(2, 6))};
     if (!AsksForName(bytes)) return request;
 
-    const auto userEnd = bytes.find('\0', kFixedLength);
     if (userEnd == std::string_view::npos) return {};
     const auto hostEnd = bytes.find('\0', userEnd + 1);
     if (hostEnd == std::string_view::npos) return {};

@@ -18,11 +18,16 @@
 struct Socks4Request {
     std::string host;  // dotted IPv4 text, or the name of a SOCKS4a request
     std::string port;  // decimal text
+    bool hasUserName;  // to its NUL; otherwise more of it may follow
     ByteString con;    // the six bytes of port and address, for the reply
 };
 
 // More than this is no request any more.
 inline constexpr std::size_t kMaxSocks4Request = 512;
+
+// Whether they are none: their first eight are printable ASCII, as of a browser that a web page has sent
+// here.
+bool IsNoSocks4Request(std::string_view bytes);
 
 // The request that the bytes hold, or nothing while it is incomplete.
 std::optional<Socks4Request> ParseSocks4Request(std::string_view bytes);

@@ -1,57 +1,20 @@
 #include "core/clsAIMSocket.h"
 
-#include <charconv>
+#include <algorithm>
+#include <utility>
 
 #include "base/RuntimeError.h"
 #include "base/Trap.h"
 #include "core/FlapFrame.h"
-#include "core/SessionHooks.h"
+#include "core/Passthrough.h"
 #include "core/Socks4.h"
 
 namespace {
 
 constexpr char kDataArrival[] = "clsAIMSocket:DataArrival";
 constexpr std::int32_t kPeerClosed = -1;
-
-// Family in the high word, subtype in the low one.
-constexpr std::uint32_t SnacKind(std::uint32_t family, std::uint32_t subtype) {
-    return family << 16 | subtype;
-}
-constexpr auto kSignOnRequest = SnacKind(0x0017, 0x0002);
-constexpr auto kSelfInformation = SnacKind(0x0001, 0x000F);
-constexpr auto kIncomingMessage = SnacKind(0x0004, 0x0007);
-constexpr auto kOutgoingMessage = SnacKind(0x0004, 0x0006);
-constexpr auto kUserInformation = SnacKind(0x0002, 0x0006);
-constexpr auto kNoSnac = SnacKind(0, 0);
-
-// A payload too short for the SNAC header is no SNAC, whatever its first bytes say.
-std::uint32_t KindOf(std::string_view payload) {
-    if (payload.size() < clsHeaderSNAC::kHeaderLength) return kNoSnac;
-    const auto byte = [&](std::size_t i) { return std::uint32_t{static_cast<std::uint8_t>(payload[i])}; };
-    return byte(0) << 24 | byte(1) << 16 | byte(2) << 8 | byte(3);
-}
-
-ByteString SnacData(std::string_view payload) {
-    return ByteString(payload.substr(clsHeaderSNAC::kHeaderLength));
-}
-
-clsHeaderSNAC SnacOf(std::string_view payload) {
-    clsHeaderSNAC snac;
-    snac.ParseData(payload);
-    return snac;
-}
-
-// Sign-on request: the data begin with a TLV whose value is the name. Read as clients have always been read:
-// the low byte of the TLV's type leads to the low byte of its length.
-std::string NameInSignOn(const ByteString& data) {
-    const auto lengthPosition = 1 + static_cast<std::size_t>(GetByte(data, 2)) + 2;
-    return data.substr(lengthPosition, static_cast<std::size_t>(GetByte(data, lengthPosition)));
-}
-
-// Self-information: the data begin with the name behind its length byte.
-std::string NameInSelfInformation(const ByteString& data) {
-    return data.substr(1, static_cast<std::size_t>(GetByte(data, 1)));
-}
+// As many first bytes tell what a stream carries.
+constexpr std::size_t kTellingBytes = 4;
 
 }  // namespace
 
@@ -59,27 +22,16 @@ clsAIMSocket::clsAIMSocket() {
     socket_.Data.Bind<&clsAIMSocket::socket_Data>(*this);
     socket_.Connected.Bind<&clsAIMSocket::socket_Connected>(*this);
     socket_.Closed.Bind<&clsAIMSocket::socket_Closed>(*this);
+    socket_.Silent.Bind<&clsAIMSocket::socket_Silent>(*this);
     socket_.Failed.Bind<&clsAIMSocket::socket_Failed>(*this);
     stream_.Frame.Bind<&clsAIMSocket::stream_Frame>(*this);
-}
-
-void clsAIMSocket::SetProfile(const std::string& strProfile) {
-    Inject(CurrentSessionHooks().MakeProfileFlap(strProfile));
-}
-
-void clsAIMSocket::SetIdle(std::int32_t mins) {
-    Inject(CurrentSessionHooks().MakeIdleFlap(mins));
-}
-
-void clsAIMSocket::SetAwayMessage(const std::string& strAway) {
-    Inject(CurrentSessionHooks().MakeAwayFlap(strAway));
 }
 
 void clsAIMSocket::SetWinsock(bool isInc, std::int32_t requestID) {
     socket_.Close();
     if (requestID != 0) socket_.Accept(requestID);
     isIncoming_ = isInc;
-    phase_ = isInc ? Phase::AwaitingRequest : Phase::Relaying;
+    phase_ = isInc ? Phase::AwaitingRequest : Phase::FirstBytes;
     outSeq_ = kUnknownSequence;
 }
 
@@ -88,17 +40,14 @@ void clsAIMSocket::UpdateFlap(clsHeaderFLAP& flap) {
     flap.DataLen(static_cast<std::int32_t>(flap.Data().size()));
 }
 
-void clsAIMSocket::doConnect(const std::string& strPort, const std::string& strHost, const ByteString& con) {
+void clsAIMSocket::doConnect(const Place& place, const ByteString& con) {
     socks_ = con;
-    std::uint16_t port = 0;
-    const auto* const end = strPort.data() + strPort.size();
-    if (std::from_chars(strPort.data(), end, port).ptr != end) ThrowInvalidArgument();
     socket_.Close();
-    socket_.Connect(strHost, port);
+    socket_.Connect(place.host, place.port);
 }
 
 void clsAIMSocket::SendRawData(std::string_view strData) {
-    if (phase_ == Phase::AwaitingReply) phase_ = Phase::Relaying;
+    if (phase_ == Phase::AwaitingReply) phase_ = Phase::FirstBytes;
     socket_.Send(strData);
 }
 
@@ -106,40 +55,98 @@ void clsAIMSocket::CloseConnection() {
     socket_.Close();
 }
 
-void clsAIMSocket::socket_Data(std::span<char> arrival) {
-    Trap(kDataArrival, [&] {
-        switch (phase_) {
-            case Phase::AwaitingRequest:
-                ReadRequest({arrival.data(), arrival.size()});
-                break;
-            case Phase::AwaitingReply:
-                break;  // belongs to the request, such as a late user name
-            case Phase::Relaying:
-                if (isIncoming_) owner_->ClientHasSpoken();
-                stream_.Feed(arrival);
-                WatchForSilence();
-                break;
-        }
+// What fails in the body has lost bytes of the stream, which must not go on with a hole: it ends the
+// connection, and may destroy this object.
+template <typename Body>
+void clsAIMSocket::OrEnd(Body&& body) {
+    const bool isWhole = Trap(kDataArrival, [&] {
+        body();
+        return true;
     });
+    if (!isWhole) Refuse();
+}
+
+void clsAIMSocket::socket_Data(std::span<char> arrival) {
+    OrEnd([&] { TakeArrival(arrival); });
+}
+
+void clsAIMSocket::TakeArrival(std::span<char> arrival) {
+    switch (phase_) {
+        case Phase::AwaitingRequest:
+            return ReadRequest({arrival.data(), arrival.size()});
+        case Phase::AwaitingReply:
+            BehindUserName(arrival);  // nothing is relayed before the reply
+            return;
+        default:
+            arrival = BehindUserName(arrival);
+            if (arrival.empty()) return;
+            received_.bytes += arrival.size();
+            if (isIncoming_) owner_->ClientHasSpoken();
+            if (phase_ == Phase::FirstBytes) return ReadFirstBytes(arrival);
+            if (phase_ == Phase::Frames) return ReadFrames(arrival);
+            PassOnData({arrival.data(), arrival.size()});
+    }
+}
+
+// A request may come in pieces, and the user name behind the reply. It ends with its NUL, or where the first
+// frame begins: clients have been seen that send none.
+std::span<char> clsAIMSocket::BehindUserName(std::span<char> arrival) {
+    if (!inUserName_ || arrival.empty()) return arrival;
+    const auto end = std::find(arrival.begin(), arrival.end(), '\0');
+    inUserName_ = arrival.front() != FlapFrame::kMarker && end == arrival.end();
+    if (arrival.front() == FlapFrame::kMarker) return arrival;
+    return {end == arrival.end() ? end : end + 1, arrival.end()};
+}
+
+void clsAIMSocket::ReadFirstBytes(std::span<char> arrival) {
+    const bool isFirst = first_.empty();
+    first_.append(arrival.data(), isFirst ? std::min(arrival.size(), kTellingBytes) : arrival.size());
+    const auto contents = ContentsOf(first_);
+    if (contents == Contents::Undecided) return;
+    auto held = std::exchange(first_, {});
+    const auto bytes = isFirst ? arrival : std::span(held);
+    if (contents == Contents::Frames) {
+        phase_ = Phase::Frames;
+        return ReadFrames(bytes);
+    }
+    owner_->PassBytes();
+    PassOnData({bytes.data(), bytes.size()});
+}
+
+void clsAIMSocket::ReadFrames(std::span<char> arrival) {
+    stream_.Feed(arrival);
+    socket_.TellSilence(stream_.AwaitsSilence() ? FlapStream::kGoodbyeSilenceMs : 0);
+}
+
+void clsAIMSocket::PassBytes() {
+    phase_ = Phase::Bytes;
+    socket_.TellSilence(0);
+    const auto waiting = std::exchange(first_, {}) + stream_.TakeHeld();
+    if (!waiting.empty()) PassOnData(waiting);
 }
 
 void clsAIMSocket::ReadRequest(std::string_view bytes) {
     socks_ += bytes.substr(0, kMaxSocks4Request - socks_.size());
+    if (IsNoSocks4Request(socks_)) return Refuse();
     const auto request = ParseSocks4Request(socks_);
     if (!request) {
-        if (socks_.size() < kMaxSocks4Request) return;
-        CloseConnection();
-        WinsockClose(kPeerClosed);  // may destroy this object
+        if (socks_.size() == kMaxSocks4Request) Refuse();
         return;
     }
+    inUserName_ = !request->hasUserName;
     ByteString().swap(socks_);
     phase_ = Phase::AwaitingReply;
     SOCKS4Connect(request->host, request->port, request->con);
-    owner_->SetReplacements(CurrentSessionHooks().LoadReplacements());
+}
+
+// May destroy this object.
+void clsAIMSocket::Refuse() {
+    CloseConnection();
+    WinsockClose(kPeerClosed);
 }
 
 void clsAIMSocket::socket_Connected() {
-    if (!isIncoming_) PassOnData(MakeSocks4Reply(socks_));
+    if (!isIncoming_) OrEnd([&] { PassOnData(MakeSocks4Reply(socks_)); });
 }
 
 void clsAIMSocket::socket_Closed() {
@@ -148,113 +155,66 @@ void clsAIMSocket::socket_Closed() {
 }
 
 void clsAIMSocket::socket_Failed(std::int32_t errorNumber) {
+    Trap(kDataArrival, [&] { stream_.PeerClosed(); });
     WinsockClose(errorNumber);
 }
 
-void clsAIMSocket::WatchForSilence() {
-    if (!stream_.AwaitsSilence()) {
-        silence_.reset();
-        return;
-    }
-    silence_ = std::make_unique<os::Timer>();
-    silence_->Tick.Bind<&clsAIMSocket::silence_Tick>(*this);
-    silence_->StartOnce(FlapStream::kGoodbyeSilenceMs);
+void clsAIMSocket::socket_Silent() {
+    OrEnd([&] { stream_.SilencePassed(); });
 }
 
-void clsAIMSocket::silence_Tick() {
-    Trap(kDataArrival, [&] { stream_.SilencePassed(); });
-}
-
-// Each step that a feature takes part in has its own trap: when it fails the frame goes on as it was before
-// it.
 void clsAIMSocket::stream_Frame(std::span<char> bytes) {
     Dbug({bytes.data(), bytes.size()});
+    ++received_.frames;
     FlapFrame frame(bytes);
-    const auto payload = frame.Payload();
-    auto rewritten = ReplaceScreenNames(payload);
-    DispatchSnac(frame.Channel(), payload, rewritten);
-
+    const auto numberBefore = frame.Sequence();
     if (outSeq_ == kUnknownSequence) outSeq_ = frame.Sequence();
-    if (!rewritten) {
-        frame.Stamp(NextSequence());
-        PassOnData({bytes.data(), bytes.size()});
-        return;
+    const auto direction = isIncoming_ ? Direction::ToServer : Direction::ToClient;
+    if (const auto wanted = features_->Wanted(direction, frame.Channel(), frame.Payload())) {
+        FrameView view(direction, frame.Channel(), frame.Payload());
+        if (!features_->Filter(wanted, view))
+            return Tell(PassedFrame::Fate::Dropped, view.Channel(), numberBefore, view.Original(), {});
+        if (view.IsReplaced()) return PassOnReplaced(view, numberBefore);
     }
+    frame.Stamp(NextSequence());
+    if (*watch_ != nullptr) [[unlikely]]
+        Tell(PassedFrame::Fate::Passed, frame.Channel(), numberBefore, frame.Payload(), frame.Payload());
+    PassOnData({bytes.data(), bytes.size()});
+}
+
+void clsAIMSocket::PassOnReplaced(FrameView& frame, std::uint16_t numberBefore) {
     clsHeaderFLAP flap;
-    flap.Create(frame.Channel(), std::move(*rewritten));
+    flap.Create(frame.Channel(), std::move(*frame.replaced_));
     UpdateFlap(flap);
+    Tell(PassedFrame::Fate::Rewritten, frame.Channel(), numberBefore, frame.Original(), flap.Data());
     PassOnData(flap.toString());
 }
 
-std::optional<ByteString> clsAIMSocket::ReplaceScreenNames(std::string_view payload) {
-    const auto* const list = owner_->Replacements();
-    if (list == nullptr) return {};
-    return Trap(kDataArrival, [&]() -> std::optional<ByteString> {
-        const auto direction = isIncoming_ ? Direction::ToServer : Direction::ToClient;
-        ByteString rewritten;
-        if (!CurrentSessionHooks().ReplaceScreenNames(*list, direction, payload, rewritten)) return {};
-        // A payload that its length field cannot express stays as it was.
-        if (rewritten.size() > FlapFrame::kMaxPayload) return {};
-        return rewritten;
-    });
+// Of the frame that was numbered last, unless it was dropped.
+void clsAIMSocket::Tell(PassedFrame::Fate fate, std::uint8_t channel, std::uint16_t numberBefore,
+                        std::string_view before, std::string_view after) const {
+    if (*watch_ == nullptr) return;
+    const bool isDropped = fate == PassedFrame::Fate::Dropped;
+    const auto numberAfter = static_cast<std::uint16_t>(isDropped ? 0 : outSeq_ - 1);
+    owner_->FrameHandled({isIncoming_ ? Direction::ToServer : Direction::ToClient, channel, fate,
+                          numberBefore, numberAfter, before, after});
 }
 
-void clsAIMSocket::DispatchSnac(std::uint8_t channel, std::string_view original,
-                                std::optional<ByteString>& rewritten) {
-    const std::string_view payload = rewritten ? std::string_view(*rewritten) : original;
-    auto& hooks = CurrentSessionHooks();
-    switch (KindOf(payload)) {
-        case kSignOnRequest:
-            Trap(kDataArrival, [&] { LearnSignOnNames(payload, original); });
-            Trap(kDataArrival, [&] { hooks.DeleteUserinfoBag(origScreenName_); });
-            break;
-        case kSelfInformation:
-            Trap(kDataArrival, [&] { LearnSelfInformationNames(payload, original); });
-            break;
-        case kIncomingMessage:
-            Trap(kDataArrival, [&] { hooks.LogMessage(Direction::ToClient, SnacOf(payload), screenName_); });
-            break;
-        case kOutgoingMessage:
-            Trap(kDataArrival, [&] { hooks.LogMessage(Direction::ToServer, SnacOf(payload), screenName_); });
-            break;
-        case kUserInformation:
-            Trap(kDataArrival, [&] {
-                if (!hooks.WantsProfileHtml()) return;
-                clsHeaderFLAP flap;
-                flap.Create(channel, ByteString(payload));
-                hooks.SeeProfileHtml(flap);
-                if (flap.Data().size() > FlapFrame::kMaxPayload) ThrowOverflow();
-                rewritten = flap.Data();
-            });
-            break;
-        default:
-            break;
-    }
-}
-
-void clsAIMSocket::LearnSignOnNames(std::string_view payload, std::string_view original) {
-    const auto name = NameInSignOn(SnacData(payload));
-    const auto origName = NameInSignOn(SnacData(original));
-    SetScreenname(name);
-    SetOrigScreenname(origName);
-}
-
-void clsAIMSocket::LearnSelfInformationNames(std::string_view payload, std::string_view original) {
-    const auto name = NameInSelfInformation(SnacData(payload));
-    const auto origName = NameInSelfInformation(SnacData(original));
-    SetScreenname(name);
-    SetOrigScreenname(origName);
-    GotScreenname(screenName_);
-    GotOrigScreenname(origScreenName_);
-}
-
-void clsAIMSocket::Inject(std::optional<clsHeaderFLAP> flap) {
-    if (!flap) return;
+void clsAIMSocket::Inject(std::uint8_t channel, ByteString payload) {
     // Everything that can fail comes before the number is taken: a number without a frame would be a gap.
-    if (flap->Data().size() > FlapFrame::kMaxPayload) ThrowOverflow();
-    if (outSeq_ == kUnknownSequence) ThrowInvalidArgument();
-    UpdateFlap(*flap);
-    PassOnFLAP(*flap);
+    if (payload.size() > FlapFrame::kMaxPayload) ThrowOverflow();
+    if (outSeq_ == kUnknownSequence || phase_ == Phase::Bytes) ThrowInvalidArgument();
+    clsHeaderFLAP flap;
+    flap.Create(channel, std::move(payload));
+    const auto number = outSeq_;
+    UpdateFlap(flap);
+    try {
+        Tell(PassedFrame::Fate::Injected, channel, 0, {}, flap.Data());
+        PassOnFLAP(flap);
+    } catch (...) {  // no memory for its bytes
+        outSeq_ = number;
+        throw;
+    }
 }
 
 std::uint16_t clsAIMSocket::NextSequence() {

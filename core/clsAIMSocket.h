@@ -1,36 +1,35 @@
 // clsAIMSocket: one of the two sockets of a proxied connection, the client's (local) or the server's
 // (remote).
 //
-// It turns the received bytes into whole FLAP frames, lets the session features work on the few that concern
-// them, renumbers every frame in this socket's own sequence and hands it to its owner, who sends it on the
+// It turns the received bytes into whole FLAP frames, lets the session features work on the few that they
+// want, renumbers every frame in this socket's own sequence and hands it to its owner, who sends it on the
 // other socket; it never sends what it received itself. Frames that the program injects take their numbers
 // from the same sequence, so the receiving side never sees a gap. On the local socket the first bytes are the
-// SOCKS4 request. (The window that once carried the socket control is gone: os::TcpSocket has taken its
-// place.)
+// SOCKS4 request.
 #pragma once
 
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
+#include <utility>
 
 #include "base/Event.h"
+#include "core/FeatureChain.h"
 #include "core/FlapStream.h"
+#include "core/FrameWatch.h"
 #include "core/clsHeaderFLAP.h"
-#include "os/EventLoop.h"
-#include "os/Tcp.h"
-
-class FlapFrame;
-class ReplacementList;
+#include "net/EventLoop.h"
+#include "net/Tcp.h"
 
 // What the socket needs of the connection that owns it.
 class clsAIMSocketOwner {
  public:
-    // The aliases of this connection, read when its request has arrived; nullptr when there are none.
-    virtual void SetReplacements(std::shared_ptr<const ReplacementList> list) = 0;
-    virtual const ReplacementList* Replacements() const = 0;
+    // This side's first bytes tell that the connection carries no frames: neither does the other side.
+    virtual void PassBytes() = 0;
     // The client has sent something after it was given the SOCKS4 reply.
     virtual void ClientHasSpoken() = 0;
+    // Somebody watches the frames, and this one has been handled.
+    virtual void FrameHandled(const PassedFrame& frame) = 0;
 
  protected:
     ~clsAIMSocketOwner() = default;
@@ -51,36 +50,28 @@ class clsAIMSocket {
     Event<std::int32_t> WinsockClose;
     // Once for each complete frame, as received.
     Event<std::string_view> Dbug;
-    // The server named the user: the name after the session features worked on the frame, then the name as
-    // it stood in the frame.
-    Event<const std::string&> GotScreenname;
-    Event<const std::string&> GotOrigScreenname;
 
     clsAIMSocket();
     clsAIMSocket(const clsAIMSocket&) = delete;
     clsAIMSocket& operator=(const clsAIMSocket&) = delete;
 
-    void SetScreenname(const std::string& strSn) { screenName_ = strSn; }
-    void SetOrigScreenname(const std::string& strSn) { origScreenName_ = strSn; }
-
-    // Build the frame, number it and raise PassOnFLAP. For the local socket, whose frames go to the server.
-    // Throw RuntimeError, with the sequence untouched, when the frame cannot be built, is too long, or the
-    // client has not sent a frame yet, so that no number is known.
-    void SetProfile(const std::string& strProfile);
-    void SetIdle(std::int32_t mins);
-    void SetAwayMessage(const std::string& strAway);
+    void SetNames(ScreenNames names) { names_ = std::move(names); }
+    const ScreenNames& Names() const { return names_; }
+    ScreenNames TakeNames() { return std::exchange(names_, {}); }
 
     // Prepares the socket. A requestID other than 0 takes the pending connection that the listener reported.
     void SetWinsock(bool isInc, std::int32_t requestID);
 
-    const std::string& hasScreenName() const { return screenName_; }
-    const std::string& hasScreenNameOrig() const { return origScreenName_; }
-
     // Numbers the frame in this socket's sequence and sets its DataLen from its Data.
     void UpdateFlap(clsHeaderFLAP& flap);
 
-    // Connects to the host on the port (decimal text) and keeps `con` for the SOCKS4 reply.
-    void doConnect(const std::string& strPort, const std::string& strHost, const ByteString& con);
+    // Numbers a frame of the program's own and raises PassOnFLAP. Throws RuntimeError, with the sequence
+    // untouched, when the payload is too long (Overflow), or no frame has been received yet, so that no
+    // number is known (InvalidArgument).
+    void Inject(std::uint8_t channel, ByteString payload);
+
+    // Connects to the place and keeps `con` for the SOCKS4 reply.
+    void doConnect(const Place& place, const ByteString& con);
 
     // Sends the bytes if the socket is connected, drops them otherwise. The first bytes that a local socket
     // sends are the SOCKS4 reply: from then on what the client sends are frames.
@@ -88,41 +79,59 @@ class clsAIMSocket {
 
     void CloseConnection();
 
-    void setSuper(clsAIMSocketOwner& supr) { owner_ = &supr; }
+    // `features` work on what is received here. The owner is told of each frame while `watch` is not null.
+    void setSuper(clsAIMSocketOwner& supr, FeatureChain& features, FrameWatch* const& watch) {
+        owner_ = &supr;
+        features_ = &features;
+        watch_ = &watch;
+    }
+
+    // From now on what arrives passes as it is, what waits here to become a frame first.
+    void PassBytes();
 
     // Back-pressure: what arrives here goes out on `other`.
     void ReadFor(clsAIMSocket& other) { socket_.ReadFor(other.socket_); }
     void HoldReading(bool hold) { socket_.HoldReading(hold); }
 
+    const TrafficCount& Received() const { return received_; }
+    const net::TcpSocket& Socket() const { return socket_; }
+
  private:
-    enum class Phase : std::uint8_t { AwaitingRequest, AwaitingReply, Relaying };
+    enum class Phase : std::uint8_t { AwaitingRequest, AwaitingReply, FirstBytes, Frames, Bytes };
 
     void socket_Data(std::span<char> arrival);
     void socket_Connected();
     void socket_Closed();
     void socket_Failed(std::int32_t errorNumber);
     void stream_Frame(std::span<char> bytes);
-    void silence_Tick();
+    void socket_Silent();
 
+    template <typename Body>
+    void OrEnd(Body&& body);
+    void TakeArrival(std::span<char> arrival);
     void ReadRequest(std::string_view bytes);
-    void WatchForSilence();
-    std::optional<ByteString> ReplaceScreenNames(std::string_view payload);
-    void DispatchSnac(std::uint8_t channel, std::string_view original, std::optional<ByteString>& rewritten);
-    void LearnSignOnNames(std::string_view payload, std::string_view original);
-    void LearnSelfInformationNames(std::string_view payload, std::string_view original);
-    void Inject(std::optional<clsHeaderFLAP> flap);
+    std::span<char> BehindUserName(std::span<char> arrival);
+    void ReadFirstBytes(std::span<char> arrival);
+    void ReadFrames(std::span<char> arrival);
+    void Refuse();
+    void PassOnReplaced(FrameView& frame, std::uint16_t numberBefore);
+    void Tell(PassedFrame::Fate fate, std::uint8_t channel, std::uint16_t numberBefore,
+              std::string_view before, std::string_view after) const;
     std::uint16_t NextSequence();
 
     static constexpr std::int32_t kUnknownSequence = -1;
 
-    os::TcpSocket socket_;
+    net::TcpSocket socket_;
     clsAIMSocketOwner* owner_ = nullptr;
+    FeatureChain* features_ = nullptr;
+    FrameWatch* const* watch_ = nullptr;
+    TrafficCount received_;
     bool isIncoming_ = false;
-    Phase phase_ = Phase::Relaying;
+    Phase phase_ = Phase::FirstBytes;
+    bool inUserName_ = false;                 // the request's user name has not ended yet
     std::int32_t outSeq_ = kUnknownSequence;  // number of the next frame passed on
     FlapStream stream_;
-    std::unique_ptr<os::Timer> silence_;
+    ByteString first_;  // fewer bytes than tell what the stream carries
     ByteString socks_;  // local: the request as far as it has arrived; remote: its `con` bytes for the reply
-    std::string screenName_;
-    std::string origScreenName_;
+    ScreenNames names_;
 };

@@ -1,44 +1,28 @@
 #include "core/clsWinConn.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "base/RuntimeError.h"
 #include "base/Trap.h"
-#include "core/DataFolder.h"
-#include "core/SessionHooks.h"
-#include "os/Files.h"
+#include "core/Relay.h"
 
 namespace {
 
 constexpr std::int32_t kClosedByUs = -1;
+constexpr char kTell[] = "clsWinConn:wsRemote_PassOnData";
 
 // Real clients lose what follows the SOCKS4 reply too closely, and send their own hello as soon as they have
 // read it. So the server's first bytes wait for the client's, but never longer than this.
 constexpr std::int64_t kClientSilenceMs = 50;
 
-// An empty file that says: frames have come from this side. Made at the first frame of the run, because its
-// existence is all there is to it; whether that works does not matter.
-class DebugFile {
- public:
-    explicit DebugFile(const char* name) : name_(name) {}
-
-    void Touch() {
-        if (std::exchange(touched_, true)) return;
-        try {
-            os::AppendToFile(DataFolder() + name_, "");
-        } catch (const RuntimeError&) {
-        }
-    }
-
- private:
-    const char* name_;
-    bool touched_ = false;
-};
-
-DebugFile localDebugFile("\\localdata.txt");
-DebugFile remoteDebugFile("\\remotedata.txt");
+[[noreturn]] void ThrowClosed() {
+    throw RuntimeError(ErrorNumber::ObjectNotSet, "The connection is closed");
+}
 
 }  // namespace
+
+clsWinConn::clsWinConn(Relay& relay) : features_(relay.Features()), relay_(relay) {}
 
 void clsWinConn::SetWinsocks(std::int32_t requestID) {
     wsLocal_ = std::make_unique<clsAIMSocket>();
@@ -53,133 +37,208 @@ void clsWinConn::SetWinsocks(std::int32_t requestID) {
     wsRemote_->PassOnFLAP.Bind<&clsWinConn::wsRemote_PassOnFLAP>(*this);
     wsRemote_->WinsockClose.Bind<&clsWinConn::wsRemote_WinsockClose>(*this);
     wsRemote_->Dbug.Bind<&clsWinConn::wsRemote_Dbug>(*this);
-    wsRemote_->GotScreenname.Bind<&clsWinConn::wsRemote_GotScreenname>(*this);
-    wsRemote_->GotOrigScreenname.Bind<&clsWinConn::wsRemote_GotOrigScreenname>(*this);
 
     wsLocal_->SetWinsock(true, requestID);
-    wsLocal_->setSuper(*this);
+    wsLocal_->setSuper(*this, features_, relay_.Watch());
     wsRemote_->SetWinsock(false, 0);
-    wsRemote_->setSuper(*this);
-
-    wsLocal_->ReadFor(*wsRemote_);
-    wsRemote_->ReadFor(*wsLocal_);
+    wsRemote_->setSuper(*this, features_, relay_.Watch());
 }
 
 void clsWinConn::CloseConnection() {
     if (wsLocal_) wsLocal_->CloseConnection();
     if (wsRemote_) wsRemote_->CloseConnection();
-    wsLocal_WinsockClose(kClosedByUs);
-    wsRemote_WinsockClose(kClosedByUs);
+    HandleClose(EndedBy::Wrenlow, kClosedByUs);
 }
 
 void clsWinConn::SetProfile(const std::string& strProfile) {
-    OpenLocal().SetProfile(strProfile);
+    OpenFeatures().Command([&](auto& feature) { feature.SetProfile(strProfile); });
 }
 void clsWinConn::SetIdle(std::int32_t mins) {
-    OpenLocal().SetIdle(mins);
+    OpenFeatures().Command([&](auto& feature) { feature.SetIdle(mins); });
 }
 void clsWinConn::SetAwayMessage(const std::string& strAway) {
-    OpenLocal().SetAwayMessage(strAway);
+    OpenFeatures().Command([&](auto& feature) { feature.SetAwayMessage(strAway); });
 }
 
-clsAIMSocket& clsWinConn::OpenLocal() const {
-    if (!wsLocal_) throw RuntimeError(ErrorNumber::ObjectNotSet, "The connection is closed");
-    return *wsLocal_;
+const FeatureChain& clsWinConn::OpenFeatures() const {
+    if (closed_) ThrowClosed();
+    return features_;
 }
 
 std::string clsWinConn::hasScreenName() const {
-    return closed_ || !wsRemote_ ? std::string() : wsRemote_->hasScreenName();
+    return wsRemote_ ? wsRemote_->Names().name : std::string();
 }
 
 std::string clsWinConn::hasScreenNameOrig(bool bForce) const {
-    if (closed_ && !bForce) return {};
-    return wsRemote_ ? wsRemote_->hasScreenNameOrig() : closedOrigScreenName_;
+    if (wsRemote_) return wsRemote_->Names().original;
+    return bForce ? closedOrigScreenName_ : std::string();
 }
 
 void clsWinConn::wsLocal_SOCKS4Connect(const std::string& strHost, const std::string& strPort,
                                        const ByteString& con) {
-    Trap("clsWinConn:wsLocal_SOCKS4Connect", [&] {
-        Opened(index_, strHost, strPort);
-        wsRemote_->doConnect(strPort, strHost, con);
-        wsRemote_->HoldReading(true);  // until ClientHasSpoken
-        clientSilence_ = std::make_unique<os::Timer>();
-        clientSilence_->Tick.Bind<&clsWinConn::clientSilence_Tick>(*this);
+    const bool isBegun = Trap("clsWinConn:wsLocal_SOCKS4Connect", [&] {
+        relay_.Opened(index_, strHost, strPort);
+        asked_ = {strHost, ParseNumber<std::uint16_t>(strPort).value_or(0)};
+        if (!features_.Begin(*this)) return false;
+        search_ = std::make_unique<Search>();
+        search_->con = con;
+        search_->left = relay_.PlacesFor(index_, asked_);
+        std::ranges::reverse(search_->left);
+        patience_ = std::make_unique<net::Timer>();
+        patience_->Tick.Bind<&clsWinConn::patience_Tick>(*this);
+        TryNextPlace();
+        return true;
     });
+    if (!isBegun) CloseConnection();
+}
+
+// There is one left.
+void clsWinConn::TryNextPlace() {
+    auto& search = *search_;
+    search.place = std::move(search.left.back());
+    search.left.pop_back();
+    features_.Tell(kTell, [&](auto& feature) { feature.Trying(search.place); });
+    wsRemote_->doConnect(search.place, search.con);
+    wsLocal_->ReadFor(*wsRemote_);  // again for each place: a connection that failed has lost the link
+    wsRemote_->ReadFor(*wsLocal_);
+    wsRemote_->HoldReading(true);  // until ClientHasSpoken
+    patience_->Stop();
+    if (!search.left.empty()) patience_->StartOnce(Router::kPatienceMs);
+}
+
+// Whether there was one. What fails here costs the connection.
+bool clsWinConn::GoesOnElsewhere(std::int32_t errorNumber) {
+    return Trap("clsWinConn:GoesOnElsewhere", [&] {
+        if (!search_) return false;
+        TellFailure(errorNumber);
+        if (search_->left.empty()) return false;
+        TryNextPlace();
+        return true;
+    });
+}
+
+void clsWinConn::patience_Tick() {
+    if (!search_)
+        ClientHasSpoken();  // or so it is taken
+    else if (!GoesOnElsewhere(os::kTimedOut))
+        CloseConnection();
+}
+
+void clsWinConn::TellFailure(std::int32_t errorNumber) {
+    const auto why = !wsRemote_->Socket().HostIsFound()      ? ConnectFailure::NameUnknown
+                     : errorNumber == os::kConnectionRefused ? ConnectFailure::Refused
+                                                             : ConnectFailure::NoAnswer;
+    features_.Tell(kTell, [&](auto& feature) { feature.Failed(search_->place, why, errorNumber); });
 }
 
 void clsWinConn::wsLocal_PassOnData(std::string_view strData) {
     wsRemote_->SendRawData(strData);
-    closed_ = false;
 }
 
 void clsWinConn::wsRemote_PassOnData(std::string_view strData) {
     wsLocal_->SendRawData(strData);
     // The first data from this side are the SOCKS4 reply; from now on the client's answer is awaited.
-    if (clientSilence_) clientSilence_->StartOnce(kClientSilenceMs);
-    closed_ = false;
+    if (search_) {
+        search_.reset();
+        patience_->StartOnce(kClientSilenceMs);
+        features_.Tell(kTell, [](auto& feature) { feature.Connected(); });
+    }
+    if (signOn_ == SignOn::Seen) {
+        signOn_ = SignOn::Told;
+        features_.Tell(kTell, [](auto& feature) { feature.SignedOn(); });
+    }
 }
 
 void clsWinConn::wsLocal_PassOnFLAP(const clsHeaderFLAP& msgFLAPHeader) {
     wsRemote_->SendRawData(msgFLAPHeader.toString());
-    closed_ = false;
 }
 
 void clsWinConn::wsRemote_PassOnFLAP(const clsHeaderFLAP& msgFLAPHeader) {
     wsLocal_->SendRawData(msgFLAPHeader.toString());
-    closed_ = false;
 }
 
 void clsWinConn::wsLocal_Dbug(std::string_view) {
-    localDebugFile.Touch();
+    relay_.FrameFrom(Relay::Side::Local);
 }
 void clsWinConn::wsRemote_Dbug(std::string_view) {
-    remoteDebugFile.Touch();
-}
-void clsWinConn::wsRemote_GotScreenname(const std::string& strScreenName) {
-    wsLocal_->SetScreenname(strScreenName);
+    relay_.FrameFrom(Relay::Side::Remote);
 }
 
-void clsWinConn::wsRemote_GotOrigScreenname(const std::string& strScreenName) {
-    wsLocal_->SetOrigScreenname(strScreenName);
+const ScreenNames& clsWinConn::Names(Direction direction) const {
+    return (direction == Direction::ToServer ? wsLocal_ : wsRemote_)->Names();
 }
 
-void clsWinConn::SetReplacements(std::shared_ptr<const ReplacementList> list) {
-    replacements_ = std::move(list);
+void clsWinConn::Learn(Direction direction, ScreenNames names, bool isServersWord) {
+    if (direction == Direction::ToServer) return wsLocal_->SetNames(std::move(names));
+    if (isServersWord) {
+        wsLocal_->SetNames(names);
+        if (signOn_ == SignOn::Awaited) signOn_ = SignOn::Seen;
+    }
+    wsRemote_->SetNames(std::move(names));
+}
+
+void clsWinConn::Send(Direction direction, ByteString payload, std::uint8_t channel) {
+    if (closed_) ThrowClosed();
+    (direction == Direction::ToServer ? wsLocal_ : wsRemote_)->Inject(channel, std::move(payload));
+}
+
+const clsAIMSocket* clsWinConn::SideOf(Direction direction) const {
+    return (direction == Direction::ToServer ? wsLocal_ : wsRemote_).get();
+}
+
+TrafficCount clsWinConn::Received(Direction direction) const {
+    const auto* const side = SideOf(direction);
+    return side != nullptr ? side->Received() : TrafficCount{};
+}
+
+os::Ends clsWinConn::EndsOf(Direction direction) const {
+    const auto* const side = SideOf(direction);
+    return side != nullptr ? side->Socket().Ends() : os::Ends{};
+}
+
+bool clsWinConn::IsIPv6Only() const {
+    return wsRemote_ && wsRemote_->Socket().HostIsFound() && !wsRemote_->Socket().HostHasIPv4();
+}
+
+void clsWinConn::FrameHandled(const PassedFrame& frame) {
+    relay_.Watch()->Frame(index_, frame);
+}
+
+void clsWinConn::PassBytes() {
+    wsLocal_->PassBytes();
+    wsRemote_->PassBytes();
 }
 
 void clsWinConn::ClientHasSpoken() {
-    if (!clientSilence_) return;
-    clientSilence_.reset();
+    if (!patience_) return;
+    patience_.reset();
     wsRemote_->HoldReading(false);
 }
 
-void clsWinConn::clientSilence_Tick() {
-    ClientHasSpoken();
+void clsWinConn::wsLocal_WinsockClose(std::int32_t errorNumber) {
+    HandleClose(EndedBy::Client, errorNumber);
+}
+void clsWinConn::wsRemote_WinsockClose(std::int32_t errorNumber) {
+    if (!GoesOnElsewhere(errorNumber)) HandleClose(EndedBy::Server, errorNumber);
 }
 
-void clsWinConn::wsLocal_WinsockClose(std::int32_t) {
-    HandleClose(wsRemote_.get());
-}
-void clsWinConn::wsRemote_WinsockClose(std::int32_t) {
-    HandleClose(wsLocal_.get());
-}
-
-void clsWinConn::HandleClose(clsAIMSocket* other) {
-    Trap("clsWinConn:WinsockClose", [&] {
-        const auto name = hasScreenNameOrig(true);
-        if (!name.empty()) CurrentSessionHooks().DeleteUserinfoBag(name);
-    });
-    if (other != nullptr) other->CloseConnection();
+void clsWinConn::HandleClose(EndedBy by, std::int32_t errorNumber) {
     if (std::exchange(closed_, true)) return;
+    const SessionEnd end{by, std::max(errorNumber, 0)};
+    features_.Tell("clsWinConn:WinsockClose", [&](auto& feature) { feature.Ended(end); });
+    auto* const other = by == EndedBy::Client ? wsRemote_.get() : wsLocal_.get();
+    if (other != nullptr) other->CloseConnection();
     Release();
-    Closed(index_);
+    Trap("clsWinConn:WinsockClose", [&] { relay_.Closed(index_, errorNumber); });
 }
 
-// Destroys the socket whose event is being handled; its code after the event touches nothing of it.
+// Destroys the socket whose event is being handled; its code after the event touches nothing of it. Nothing
+// here may fail: a connection that finds no memory ends this way.
 void clsWinConn::Release() {
-    if (wsRemote_) closedOrigScreenName_ = wsRemote_->hasScreenNameOrig();
-    clientSilence_.reset();
+    if (wsRemote_) closedOrigScreenName_ = wsRemote_->TakeNames().original;
+    features_.Clear();
+    patience_.reset();
+    search_.reset();
     wsLocal_.reset();
     wsRemote_.reset();
-    replacements_.reset();
 }

@@ -14,14 +14,12 @@
 #include "base/Event.h"
 #include "core/clsAIMSocket.h"
 
-class clsWinConn final : private clsAIMSocketOwner {
- public:
-    // What a person at the console is told; program-wide, because a pair's owner is the table of all pairs.
-    // Opened: the request has been read; slot, host and port asked for. Closed: once per pair; its slot.
-    static inline Event<std::size_t, const std::string&, const std::string&> Opened;
-    static inline Event<std::size_t> Closed;
+class Relay;
 
-    clsWinConn() = default;
+class clsWinConn final : private clsAIMSocketOwner, private Session {
+ public:
+    // The relay that holds the pair, and is told what becomes of it.
+    explicit clsWinConn(Relay& relay);
     ~clsWinConn() = default;
     clsWinConn(const clsWinConn&) = delete;
     clsWinConn& operator=(const clsWinConn&) = delete;
@@ -30,8 +28,8 @@ class clsWinConn final : private clsAIMSocketOwner {
     // closed.
     void CloseConnection();
 
-    // Forwarded to wsLocal, whose frames go to the server. Throw RuntimeError when the connection is closed
-    // (ObjectNotSet) or the frame cannot be built or numbered; nothing is sent then.
+    // Commands of the user, carried out by the features. Throw RuntimeError when the connection is closed
+    // (ObjectNotSet) or a frame cannot be built or numbered; it is not sent then.
     void SetProfile(const std::string& strProfile);
     void SetIdle(std::int32_t mins);
     void SetAwayMessage(const std::string& strAway);
@@ -48,6 +46,9 @@ class clsWinConn final : private clsAIMSocketOwner {
 
     bool IsClosed() const { return closed_; }
 
+    // Of the connection with the client (ToServer) or the server (ToClient): its ends; all zeros when closed.
+    os::Ends EndsOf(Direction direction) const override;
+
  private:
     void wsLocal_SOCKS4Connect(const std::string& strHost, const std::string& strPort, const ByteString& con);
     void wsLocal_PassOnData(std::string_view strData);
@@ -58,23 +59,45 @@ class clsWinConn final : private clsAIMSocketOwner {
     void wsRemote_PassOnFLAP(const clsHeaderFLAP& msgFLAPHeader);
     void wsRemote_WinsockClose(std::int32_t errorNumber);
     void wsRemote_Dbug(std::string_view str);
-    void wsRemote_GotScreenname(const std::string& strScreenName);
-    void wsRemote_GotOrigScreenname(const std::string& strScreenName);
-    void clientSilence_Tick();
+    void patience_Tick();
 
-    void SetReplacements(std::shared_ptr<const ReplacementList> list) override;
-    const ReplacementList* Replacements() const override { return replacements_.get(); }
     void ClientHasSpoken() override;
+    void PassBytes() override;
+    void FrameHandled(const PassedFrame& frame) override;
 
-    void HandleClose(clsAIMSocket* other);
+    std::size_t Slot() const override { return index_; }
+    const Place& Asked() const override { return asked_; }
+    TrafficCount Received(Direction direction) const override;
+    bool IsIPv6Only() const override;
+    const ScreenNames& Names(Direction direction) const override;
+    void Learn(Direction direction, ScreenNames names, bool isServersWord) override;
+    void Send(Direction direction, ByteString payload, std::uint8_t channel) override;
+
+    // The places at which a server is looked for, one after the other; gone when one is reached.
+    struct Search {
+        std::vector<Place> left;  // the next one at the back
+        Place place;
+        ByteString con;
+    };
+    const clsAIMSocket* SideOf(Direction direction) const;
+    void TryNextPlace();
+    void TellFailure(std::int32_t errorNumber);
+    bool GoesOnElsewhere(std::int32_t errorNumber);
+    void HandleClose(EndedBy by, std::int32_t errorNumber);
     void Release();
-    clsAIMSocket& OpenLocal() const;
+    const FeatureChain& OpenFeatures() const;
 
     std::unique_ptr<clsAIMSocket> wsLocal_;
     std::unique_ptr<clsAIMSocket> wsRemote_;
-    std::unique_ptr<os::Timer> clientSilence_;  // runs while the server's first bytes wait for the client
-    std::shared_ptr<const ReplacementList> replacements_;
+    Place asked_;
+    std::unique_ptr<Search> search_;
+    // While the client has not spoken: runs while another place waits for this one to answer, and later while
+    // the server's first bytes wait for the client.
+    std::unique_ptr<net::Timer> patience_;
+    FeatureChain features_;
     std::string closedOrigScreenName_;  // what hasScreenNameOrig(true) answers once wsRemote is gone
     std::size_t index_ = 0;
-    bool closed_ = false;
+    enum class SignOn : std::uint8_t { Awaited, Seen, Told } signOn_ = SignOn::Awaited;
+    bool closed_ = false;  // for good: the sockets are gone then
+    Relay& relay_;
 };

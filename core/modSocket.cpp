@@ -1,7 +1,6 @@
 #include "core/modSocket.h"
 
-#include <memory>
-#include <vector>
+#include <algorithm>
 
 #include "base/RuntimeError.h"
 #include "base/Trap.h"
@@ -9,87 +8,81 @@
 namespace modSocket {
 namespace {
 
-using Table = std::vector<std::unique_ptr<clsWinConn>>;
-
-Table& Connections() {
-    static Table table(1);
-    return table;
+Relay& TheRelay() {
+    auto* const relay = Relay::Current();
+    if (relay == nullptr) ThrowObjectNotSet();
+    return *relay;
 }
 
-os::TcpListener* theListener = nullptr;
-std::uint16_t listeningPort = kListeningPort;
-
-bool IsListed(const NameList& chooser, const std::string& name) {
+bool IsListed(const std::vector<ScreenNames>& list, const std::string& name) {
     const auto wanted = NormalizeScreenName(name);
-    for (std::size_t i = 0; i < chooser.EntryCount(); ++i) {
-        if (NormalizeScreenName(chooser.EntryText(i)) == wanted) return true;
-    }
-    return false;
+    return std::ranges::any_of(list,
+                               [&](const auto& entry) { return NormalizeScreenName(entry.name) == wanted; });
 }
 
-// "No value" counts as slot 0; see the header.
-clsWinConn& ConnectionFor(const std::string& screenName) {
-    auto* const connection = Connection(ConnIndex(screenName).value_or(0));
-    if (connection == nullptr) ThrowObjectNotSet();
-    return *connection;
+bool IsSignedOn(const clsWinConn* connection, const std::string& normalName) {
+    return connection != nullptr && !normalName.empty() &&
+           NormalizeScreenName(connection->hasScreenName()) == normalName;
+}
+
+// To every session of the name, each in a trap of its own; to slot 0 when there is none, see the header.
+template <typename Command>
+void SendTo(const std::string& screenName, const char* where, Command&& command) {
+    Trap(where, [&] {
+        const auto wanted = NormalizeScreenName(screenName);
+        bool hasName = false;
+        for (std::size_t slot = 0; slot < SlotCount(); ++slot) {
+            if (!IsSignedOn(Connection(slot), wanted)) continue;
+            hasName = true;
+            Trap(where, [&] { command(*Connection(slot)); });
+        }
+        if (hasName) return;
+        auto* const first = Connection(0);
+        if (first == nullptr) ThrowObjectNotSet();
+        command(*first);
+    });
 }
 
 }  // namespace
 
-void SetListener(os::TcpListener* listener) {
-    theListener = listener;
-}
-void SetListeningPort(std::uint16_t port) {
-    listeningPort = port;
-}
 std::uint16_t ListeningPort() {
-    return listeningPort;
+    return Relay::Current() != nullptr ? Relay::Current()->Port() : kListeningPort;
 }
 
 void InitWs() {
-    Trap("modSocket:InitWs", [] {
-        Connections().clear();
-        Connections().resize(1);
-    });
+    Trap("modSocket:InitWs", [] { TheRelay().RemoveAllPairs(); });
 }
 
 void WinsockStartListen() {
-    Trap("modSocket:WinsockStartListen", [] {
-        if (theListener == nullptr) ThrowObjectNotSet();
-        theListener->Listen(listeningPort);
-    });
+    Trap("modSocket:WinsockStartListen", Listen);
+}
+
+void Listen() {
+    TheRelay().Listen();
 }
 
 void NewLocalConnection(std::int32_t requestID) {
-    Trap("modSocket:NewLocalConnection", [&] {
-        auto& table = Connections();
-        if (table.front()) table.emplace_back();
-        const auto slot = table.size() - 1;
-        table[slot] = std::make_unique<clsWinConn>();
-        // Through the slot's own pointer: the table may grow while a handler runs.
-        auto& connection = *table[slot];
-        connection.SetWinsocks(requestID);
-        connection.SetIndex(slot);
-    });
+    Trap("modSocket:NewLocalConnection", [&] { TheRelay().AddPair(requestID); });
 }
 
-void ListScreenNames(NameList& chooser, bool includeAll, bool showOriginal) {
-    Trap("modSocket:ListScreenNames", [&] {
-        chooser.Clear();
-        if (includeAll) chooser.AddEntry("(all)");
-        for (const auto& connection : Connections()) {
+std::vector<ScreenNames> ListScreenNames(bool includeAll, bool showOriginal) {
+    return Trap("modSocket:ListScreenNames", [&] {
+        std::vector<ScreenNames> list;
+        if (includeAll) list.push_back({"(all)", ""});
+        for (const auto& connection : TheRelay().Connections()) {
             if (!connection) continue;
-            const auto name = connection->hasScreenName();
-            if (name.empty() || IsListed(chooser, name)) continue;
-            chooser.AddEntry(showOriginal ? name + " (" + connection->hasScreenNameOrig(false) + ")" : name);
+            auto name = connection->hasScreenName();
+            if (name.empty() || (!showOriginal && IsListed(list, name))) continue;
+            list.push_back({std::move(name), connection->hasScreenNameOrig(false)});
         }
+        return list;
     });
 }
 
 std::optional<std::size_t> ConnIndex(const std::string& screenName) {
     return Trap("modSocket:ConnIndex", [&]() -> std::optional<std::size_t> {
         const auto wanted = NormalizeScreenName(screenName);
-        const auto& table = Connections();
+        const auto& table = TheRelay().Connections();
         for (std::size_t slot = 0; slot < table.size(); ++slot) {
             if (table[slot] && NormalizeScreenName(table[slot]->hasScreenName()) == wanted) return slot;
         }
@@ -98,23 +91,24 @@ std::optional<std::size_t> ConnIndex(const std::string& screenName) {
 }
 
 void SetAwayMessage(const std::string& screenName, const std::string& strAway) {
-    Trap("modSocket:SetAwayMessage", [&] { ConnectionFor(screenName).SetAwayMessage(strAway); });
+    SendTo(screenName, "modSocket:SetAwayMessage", [&](auto& pair) { pair.SetAwayMessage(strAway); });
 }
 
 void SetIdle(const std::string& screenName, std::int32_t minutes) {
-    Trap("modSocket:SetIdle", [&] { ConnectionFor(screenName).SetIdle(minutes); });
+    SendTo(screenName, "modSocket:SetIdle", [&](auto& pair) { pair.SetIdle(minutes); });
 }
 
 void SetProfile(const std::string& screenName, const std::string& strProfile) {
-    Trap("modSocket:SetProfile", [&] { ConnectionFor(screenName).SetProfile(strProfile); });
+    SendTo(screenName, "modSocket:SetProfile", [&](auto& pair) { pair.SetProfile(strProfile); });
 }
 
 std::size_t SlotCount() {
-    return Connections().size();
+    return TheRelay().Connections().size();
 }
 
 clsWinConn* Connection(std::size_t slot) {
-    return slot < Connections().size() ? Connections()[slot].get() : nullptr;
+    const auto& table = TheRelay().Connections();
+    return slot < table.size() ? table[slot].get() : nullptr;
 }
 
 }  // namespace modSocket

@@ -28,12 +28,6 @@ ByteString NumberToStr(std::int32_t number, std::size_t width) {
     return bytes;
 }
 
-std::string_view TrimBlanks(std::string_view text) {
-    const auto first = text.find_first_not_of(' ');
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
 char HexPieceToByte(std::string_view piece) {
     std::size_t value = 0;
     if (piece.empty()) throw RuntimeError(ErrorNumber::TypeMismatch, "Type mismatch");
@@ -82,19 +76,9 @@ std::string HexDump(std::string_view bytes) {
 
 ByteString HexToBytes(std::string_view text) {
     ByteString bytes;
-    text = TrimBlanks(text);
-    while (!text.empty()) {
-        const auto end = std::min(text.find(' '), text.size());
-        bytes += HexPieceToByte(text.substr(0, end));
-        text.remove_prefix(std::min(end + 1, text.size()));
-    }
+    text = Trim(text, " ");
+    while (!text.empty()) bytes += HexPieceToByte(TakeUpTo(text, ' '));
     return bytes;
-}
-
-std::string LowerCase(std::string_view text) {
-    std::string lower(text);
-    for (char& c : lower) c = LowerAscii(c);
-    return lower;
 }
 
 std::string NormalizeScreenName(std::string_view name) {

@@ -10,6 +10,8 @@
 #include <string>
 #include <string_view>
 
+#include "base/Text.h"
+
 using ByteString = std::string;
 
 // The number at a position. Throws RuntimeError (InvalidArgument) when a byte of it lies beyond the string.
@@ -30,17 +32,6 @@ std::string HexDump(std::string_view bytes);
 // The reverse: digits in either case, pieces split at single spaces, blanks around the text ignored. Throws
 // RuntimeError (TypeMismatch) for a piece that is no number, (InvalidArgument) for one above FF.
 ByteString HexToBytes(std::string_view text);
-
-// Case as the protocol has it: ASCII only, in every locale.
-constexpr char LowerAscii(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-constexpr char UpperAscii(char c) {
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
-
-// Lower-case (ASCII): bytes above 127 stay as they are.
-std::string LowerCase(std::string_view text);
 
 // Lower-case (ASCII) with every blank removed: the one rule by which screen names are compared.
 std::string NormalizeScreenName(std::string_view name);

@@ -1,9 +1,8 @@
 #include "desktop/UpdateReply.h"
 
 #include <algorithm>
-#include <charconv>
 
-#include "core/modTools.h"
+#include "base/Text.h"
 
 namespace UpdateReply {
 namespace {
@@ -11,32 +10,13 @@ namespace {
 constexpr std::string_view kLineEnd = "\r\n";
 constexpr std::string_view kUpdateKeyword = "Update: ";
 // A frame line of a chunk: a length, perhaps with an extension that nobody needs.
-constexpr std::size_t kLongestFrameLine = 1024;
-
-bool EqualNoCase(std::string_view a, std::string_view b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](char x, char y) { return LowerAscii(x) == LowerAscii(y); });
-}
-
-std::string_view TrimBlanks(std::string_view text) {
-    const auto first = text.find_first_not_of(" \t");
-    if (first == text.npos) return {};
-    return text.substr(first, text.find_last_not_of(" \t") - first + 1);
-}
+constexpr std::size_t kMaxFrameLine = 1024;
 
 bool HasControlBytes(std::string_view text) {
     return std::any_of(text.begin(), text.end(), [](char c) {
         const auto byte = static_cast<unsigned char>(c);
         return byte < 0x20 || byte == 0x7F;
     });
-}
-
-// Digits only, no sign; nothing when it is no number or does not fit.
-std::optional<std::uint64_t> ParseNumber(std::string_view text, int base) {
-    std::uint64_t number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, base);
-    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-    return number;
 }
 
 bool IsGoodStatusLine(std::string_view line) {
@@ -53,7 +33,7 @@ std::size_t Head::Feed(std::string_view bytes) {
         const auto upToLineFeed = std::min(rest.find('\n'), rest.size() - 1) + 1;
         text_.append(rest.substr(0, upToLineFeed));
         taken += upToLineFeed;
-        if (text_.size() > kLongestReply) state_ = State::Failed;
+        if (text_.size() > kMaxReply) state_ = State::Failed;
         if (!text_.ends_with(kLineEnd)) continue;
         const auto line = std::string_view(text_).substr(lineStart_);
         lineStart_ = text_.size();
@@ -72,16 +52,16 @@ void Head::TakeLine(std::string_view line) {
         return;
     }
     const auto colon = line.find(':');
-    if (colon != line.npos) TakeHeader(line.substr(0, colon), TrimBlanks(line.substr(colon + 1)));
+    if (colon != line.npos) TakeHeader(line.substr(0, colon), Trim(line.substr(colon + 1)));
 }
 
 void Head::TakeHeader(std::string_view name, std::string_view value) {
-    if (EqualNoCase(name, "Content-Length")) {
-        const auto length = ParseNumber(value, 10);
+    if (SameWithoutCase(name, "Content-Length")) {
+        const auto length = ParseNumber<std::uint64_t>(value);
         if (!length || (contentLength_ && contentLength_ != length)) state_ = State::Failed;
         contentLength_ = length;
-    } else if (EqualNoCase(name, "Transfer-Encoding")) {
-        chunked_ = EqualNoCase(value, "chunked");
+    } else if (SameWithoutCase(name, "Transfer-Encoding")) {
+        chunked_ = SameWithoutCase(value, "chunked");
         if (!chunked_) state_ = State::Failed;
     }
 }
@@ -102,7 +82,7 @@ bool Body::Feed(std::string_view bytes, std::string& text) {
         }
         line_.push_back(bytes.front());
         bytes.remove_prefix(1);
-        if (line_.size() > kLongestFrameLine) return false;
+        if (line_.size() > kMaxFrameLine) return false;
         if (line_.ends_with(kLineEnd) && !TakeFrameLine()) return false;
     }
     return true;
@@ -124,7 +104,7 @@ bool Body::TakeFrameLine() {
         if (!line.empty()) return false;
         state_ = State::ChunkSize;
     } else {
-        remaining_ = ParseNumber(TrimBlanks(line.substr(0, line.find(';'))), 16);
+        remaining_ = ParseNumber<std::uint64_t>(Trim(line.substr(0, line.find(';'))), 16);
         if (!remaining_) return false;
         // Trailing headers that may follow the last chunk say nothing that we want to know.
         state_ = *remaining_ == 0 ? State::Complete : State::ChunkData;
@@ -146,7 +126,7 @@ Version::Result Version::Feed(std::string_view bytes) {
         FeedBody(bytes.substr(headBytes));
     }
     if (head_.GetState() == Head::State::Failed) result_ = Result::Failed;
-    if (result_ == Result::Reading && received_ > kLongestReply) result_ = Result::Failed;
+    if (result_ == Result::Reading && received_ > kMaxReply) result_ = Result::Failed;
     return result_;
 }
 
@@ -202,7 +182,7 @@ void Version::Decide() {
     const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
     if (Revision().empty() || !std::all_of(Revision().begin(), Revision().end(), isDigit)) {
         result_ = Result::Nothing;
-    } else if (ParseNumber(Revision(), 10) == static_cast<std::uint64_t>(ownRevision_)) {
+    } else if (ParseNumber<std::uint64_t>(Revision()) == static_cast<std::uint64_t>(ownRevision_)) {
         result_ = Result::UpToDate;
     } else {
         result_ = Path().empty() || ProposedName().empty() ? Result::Failed : Result::Offer;
@@ -213,17 +193,17 @@ std::string_view Download::Feed(std::string_view bytes) {
     if (state_ == State::Head) {
         bytes.remove_prefix(head_.Feed(bytes));
         if (head_.GetState() == Head::State::Reading) return {};
-        const bool tooLarge = head_.ContentLength().value_or(0) > kLargestDownload;
+        const bool tooLarge = head_.ContentLength().value_or(0) > kMaxDownload;
         const bool good = head_.GetState() == Head::State::Done && !head_.IsChunked() && !tooLarge;
         state_ = good ? State::Body : State::Failed;
     }
     if (state_ != State::Body) return {};
     // What comes after the stated length is not part of the file.
-    const auto room = ExpectedLength().value_or(kLargestDownload + 1) - received_;
+    const auto room = ExpectedLength().value_or(kMaxDownload + 1) - received_;
     bytes = bytes.substr(0, static_cast<std::size_t>(std::min<std::uint64_t>(room, bytes.size())));
     received_ += bytes.size();
     if (received_ == ExpectedLength()) state_ = State::Complete;
-    if (received_ > kLargestDownload) state_ = State::Failed;
+    if (received_ > kMaxDownload) state_ = State::Failed;
     return bytes;
 }
 

@@ -13,9 +13,9 @@
 namespace UpdateReply {
 
 // Bytes that the head of a reply, and a whole version reply, may have.
-inline constexpr std::size_t kLongestReply = std::size_t{64} * 1024;
+inline constexpr std::size_t kMaxReply = std::size_t{64} * 1024;
 // Bytes that a download may have, stated or not: what a progress bar can count to.
-inline constexpr std::uint64_t kLargestDownload = 0x7FFFFFFF;
+inline constexpr std::uint64_t kMaxDownload = 0x7FFFFFFF;
 
 // The status line and the headers.
 class Head {

@@ -6,13 +6,13 @@
 #include "base/RuntimeError.h"
 #include "base/Trap.h"
 #include "os/Files.h"
-#include "os/Foreground.h"
-#include "os/TopWindows.h"
+#include "os/desktop/Foreground.h"
+#include "os/desktop/TopWindows.h"
 
 namespace {
 
-constexpr std::size_t kLongestName = 32;
-constexpr std::size_t kLongestAtom = 254;
+constexpr std::size_t kMaxName = 32;
+constexpr std::size_t kMaxAtom = 254;
 
 // Identifiers that the system itself uses for its snapshot keys (IDHOT_SNAPDESKTOP, IDHOT_SNAPWINDOW).
 constexpr std::int32_t kDesktopSnapshot = -2;
@@ -38,7 +38,7 @@ std::string AtomText(const std::string& sName) {
     const int random = std::uniform_int_distribution(0, 9'999'999)(generator);
     auto text = sName + "_" + os::ProgramBaseName() + "_" + std::to_string(os::SystemTicks()) + "_" +
                 std::to_string(random);
-    text.resize(std::min(text.size(), kLongestAtom));
+    text.resize(std::min(text.size(), kMaxAtom));
     return text;
 }
 
@@ -65,7 +65,7 @@ void cRegHotKey::Clear(bool bDontStop) {
 
 void cRegHotKey::RegisterKey(const std::string& sName, std::uint32_t eKey, std::uint32_t eModifiers,
                              const std::string& sText) {
-    if (sName.size() > kLongestName) Raise(kNotRegistered, "Key Name too long (max 32 characters).");
+    if (sName.size() > kMaxName) Raise(kNotRegistered, "Key Name too long (max 32 characters).");
     if (Find(sName) != keys_.end()) Raise(kWrongName, "The Key Name '" + sName + "' is already registered.");
 
     Entry entry{sName, AtomText(sName), 0, eKey, eModifiers, sText};

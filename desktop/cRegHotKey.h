@@ -11,9 +11,9 @@
 #include <vector>
 
 #include "base/Event.h"
-#include "os/Hotkeys.h"
-#include "os/WindowHandle.h"
-#include "os/WindowHook.h"
+#include "os/desktop/Hotkeys.h"
+#include "os/desktop/WindowHandle.h"
+#include "os/desktop/WindowHook.h"
 
 class cRegHotKey {
  public:

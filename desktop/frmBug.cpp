@@ -1,5 +1,7 @@
 #include "desktop/frmBug.h"
 
+#include "desktop/Report.h"
+
 namespace {
 
 using Kind = os::ControlKind;
@@ -38,6 +40,7 @@ frmBug::frmBug() : dialog_(kTable) {
 }
 
 void frmBug::Start() {
+    if (!dialog_.IsShown()) dialog_.SetText("txtComments", ReportText());
     dialog_.Show();
 }
 

@@ -1,8 +1,8 @@
-// frmBug: a form to describe a problem in. It collects nothing: both of its buttons only close it, and what
-// was typed is forgotten.
+// frmBug: a form to describe a problem in, with the report on the connections in it to be copied. It collects
+// nothing: both of its buttons only close it, and what was typed is forgotten.
 #pragma once
 
-#include "os/Dialog.h"
+#include "os/desktop/Dialog.h"
 
 class frmBug {
  public:

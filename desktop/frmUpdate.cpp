@@ -1,13 +1,14 @@
 #include "desktop/frmUpdate.h"
 
 #include <charconv>
+#include <optional>
 
 #include "app/services/SafeFileName.h"
 #include "base/RuntimeError.h"
 #include "base/Version.h"
 #include "os/Clock.h"
-#include "os/FileDialogs.h"
-#include "os/MessageBox.h"
+#include "os/desktop/FileDialogs.h"
+#include "os/desktop/MessageBox.h"
 
 namespace {
 
@@ -43,10 +44,6 @@ std::uint16_t PortOf(std::string_view server) {
     return port;
 }
 
-void Tell(const std::string& text, os::BoxIcon icon, const std::string& title = os::kApplicationTitle) {
-    os::ShowMessageBox(text, title, icon);
-}
-
 // A proposed name may carry folders; only what follows them is a name.
 std::string BareFileName(const std::string& proposed) {
     const auto name = SafeFileName(proposed.substr(proposed.find_last_of("/\\:") + 1));
@@ -57,6 +54,17 @@ std::string RateText(std::uint64_t bytes, std::int64_t milliseconds) {
     const auto perSecond = bytes * 1000 / static_cast<std::uint64_t>(milliseconds);
     if (perSecond < 10'240) return std::to_string(perSecond) + " bytes/s";
     return std::to_string(perSecond / 1024) + " KB/s";
+}
+
+// What went wrong, if anything.
+std::optional<std::string> PutInPlace(os::FileWriter& file) {
+    try {
+        file.MarkFromInternet();
+        file.Finish();
+        return std::nullopt;
+    } catch (const RuntimeError& error) {
+        return error.what();
+    }
 }
 
 }  // namespace
@@ -102,11 +110,11 @@ void frmUpdate::CheckForUpdate(bool bShow) {
     Connect(wsUpdate_);
 }
 
-void frmUpdate::Connect(os::TcpSocket& socket) const {
+void frmUpdate::Connect(net::TcpSocket& socket) const {
     socket.Connect(host_, port_);
 }
 
-void frmUpdate::SendRequest(os::TcpSocket& socket, const std::string& path) const {
+void frmUpdate::SendRequest(net::TcpSocket& socket, const std::string& path) const {
     socket.Send("GET " + path + " HTTP/1.1\r\nHost: " + host_ + "\r\n\r\n");
 }
 
@@ -183,16 +191,17 @@ void frmUpdate::wsDownload_Connected() {
     wsDownload_.HoldReading(true);
     ShowStage(Stage::Choosing);
     const auto path =
-        os::AskSaveFileName(dialog_.Handle(), "Save Setup File", BareFileName(version_.ProposedName()));
+        os::AskSaveFileName(dialog_.Handle(), "Save Setup File",
+                            os::Path::FromText(BareFileName(version_.ProposedName())), "Programs");
     if (thisDownload != currentDownload) return;
     if (!path) return AbandonDownload();
-    if (wsDownload_.GetState() != os::TcpSocket::State::Connected) {
+    if (wsDownload_.GetState() != net::TcpSocket::State::Connected) {
         return FailDownload("The connection to the update server failed.");
     }
     BeginFile(*path);
 }
 
-void frmUpdate::BeginFile(const std::string& path) {
+void frmUpdate::BeginFile(const os::Path& path) {
     try {
         file_ = std::make_unique<os::FileWriter>(path);
     } catch (const RuntimeError& error) {
@@ -260,13 +269,16 @@ void frmUpdate::wsDownload_Failed(std::int32_t) {
     FailDownload("The connection to the update server failed.");
 }
 
+// What has come is kept until it is in its place or the user gives it up: another program may hold the file.
 void frmUpdate::FinishDownload() {
+    const auto thisDownload = currentDownload;
     wsDownload_.Close();
-    try {
-        file_->MarkFromInternet();
-        file_->Finish();
-    } catch (const RuntimeError& error) {
-        return FailDownload(std::string("The file could not be saved: ") + error.what());
+    while (const auto fault = PutInPlace(*file_)) {
+        const auto question = "The file could not be saved: " + *fault + "\r\n\r\nTry again?";
+        const auto answer =
+            os::ShowMessageBox(question, os::kApplicationTitle, os::BoxIcon::Warning, os::BoxButtons::YesNo);
+        if (thisDownload != currentDownload) return;
+        if (answer != os::BoxResult::Yes) return AbandonDownload();
     }
     AbandonDownload();
     dialog_.Close();
@@ -286,4 +298,10 @@ void frmUpdate::AbandonDownload() {
 void frmUpdate::FailDownload(const std::string& text) {
     AbandonDownload();
     Tell(text, os::BoxIcon::Error);
+}
+
+// What a socket's event has led to belongs to this window all the same.
+void frmUpdate::Tell(const std::string& text, os::BoxIcon icon, const std::string& title) {
+    const os::BoxesBefore cause(dialog_.IsShown() ? dialog_.Handle() : os::BoxesBefore::Current());
+    os::ShowMessageBox(text, title, icon);
 }

@@ -11,10 +11,11 @@
 #include <string>
 
 #include "desktop/UpdateReply.h"
-#include "os/Dialog.h"
-#include "os/EventLoop.h"
-#include "os/FileWriter.h"
-#include "os/Tcp.h"
+#include "net/EventLoop.h"
+#include "net/Tcp.h"
+#include "os/desktop/Dialog.h"
+#include "os/desktop/FileWriter.h"
+#include "os/desktop/MessageBox.h"
 
 class frmUpdate {
  public:
@@ -47,25 +48,26 @@ class frmUpdate {
     void cmdDownload_Click();
     void cmdClose_Click();
 
-    void Connect(os::TcpSocket& socket) const;
-    void SendRequest(os::TcpSocket& socket, const std::string& path) const;
+    void Connect(net::TcpSocket& socket) const;
+    void SendRequest(net::TcpSocket& socket, const std::string& path) const;
     void FinishCheck(UpdateReply::Version::Result result);
     void ShowOffer();
     void ShowStage(Stage stage);
-    void BeginFile(const std::string& path);
+    void BeginFile(const os::Path& path);
     void TakePiece(std::string_view bytes);
     void ShowProgress();
     void FinishDownload();
     void AbandonDownload();
     void FailDownload(const std::string& text);
+    void Tell(const std::string& text, os::BoxIcon icon, const std::string& title = os::kApplicationTitle);
 
     std::string host_;
     std::uint16_t port_ = 0;  // 0: this build has no update server
     os::Dialog dialog_;
-    os::TcpSocket wsUpdate_;
-    os::TcpSocket wsDownload_;
-    os::Timer tmrCheck_;
-    os::Timer tmrRate_;
+    net::TcpSocket wsUpdate_;
+    net::TcpSocket wsDownload_;
+    net::Timer tmrCheck_;
+    net::Timer tmrRate_;
     bool bShow_ = false;
     UpdateReply::Version version_;
 

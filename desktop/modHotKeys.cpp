@@ -1,18 +1,18 @@
 #include "desktop/modHotKeys.h"
 
 #include <algorithm>
-#include <charconv>
+#include <map>
 
-#include "app/services/SharedForm.h"
 #include "app/services/modRegistry.h"
-#include "app/services/modSystem.h"
-#include "features/frmAway.h"
-#include "features/frmUnAway.h"
+#include "app/windows/AimClient.h"
+#include "app/windows/SharedForm.h"
+#include "base/Text.h"
+#include "features/dialogs/RemoveForm.h"
+#include "features/dialogs/frmAway.h"
+#include "os/Clock.h"
+#include "os/desktop/MessageBox.h"
 
 namespace modHotKeys {
-
-Event<> ShutDownRequest;
-
 namespace {
 
 constexpr const char* kHotkeysKey = "software\\Wrenlow\\hotkeys\\";
@@ -88,6 +88,38 @@ void WriteHotkeyValue(const std::string& name, const std::string& data) {
     modRegistry::SetValue(os::RegistryHive::CurrentUser, kHotkeysKey, name, data, os::RegistryType::String);
 }
 
+// A key that is held down repeats where the system cannot be asked not to: a press counts when the last one
+// of the same action is a second ago, and what that has set off, a box perhaps, is over.
+class Press {
+ public:
+    explicit Press(const std::string& action) : action_(pressed[action]) {
+        const auto now = os::MonotonicMilliseconds();
+        const bool isRepeated = action_.last && now - *action_.last < kRepeatMs;
+        counts_ = !isRepeated && !action_.isRunning;
+        action_.last = now;
+        if (counts_) action_.isRunning = true;
+    }
+    ~Press() {
+        if (counts_) action_.isRunning = false;
+    }
+    Press(const Press&) = delete;
+    Press& operator=(const Press&) = delete;
+
+    bool Counts() const { return counts_; }
+
+    struct Action {
+        std::optional<std::int64_t> last;  // also of a press that did not count
+        bool isRunning = false;
+    };
+    static inline std::map<std::string, Action> pressed;
+
+ private:
+    static constexpr std::int64_t kRepeatMs = 1000;
+
+    Action& action_;
+    bool counts_ = false;
+};
+
 // The system's texts end in a line break, which would tear our sentence apart.
 std::string WithoutLineBreaks(std::string text) {
     std::erase_if(text, [](char c) { return c == '\r' || c == '\n'; });
@@ -99,6 +131,7 @@ std::string WithoutLineBreaks(std::string text) {
 void InitHotKeys(cRegHotKey& hotKeys, os::WindowHandle mainWindow) {
     programHotKeys = &hotKeys;
     mainWindowHandle = mainWindow;
+    Press::pressed.clear();
     hotKeys.Clear();
     hotKeys.Attach(mainWindow);
 }
@@ -153,8 +186,7 @@ Combination ParseCombination(std::string_view text) {
 std::vector<StoredHotkey> LoadHotkeys() {
     const auto countText = ReadHotkeyValue("n");
     if (countText.empty()) WriteHotkeyValue("n", "0");
-    int count = 0;
-    std::from_chars(countText.data(), countText.data() + countText.size(), count);
+    const int count = ParseNumber<int>(countText).value_or(0);
 
     std::vector<StoredHotkey> hotkeys;
     for (int i = 1; i <= count; ++i) {
@@ -182,6 +214,8 @@ std::optional<RuntimeError> RegisterHotkeys(const std::vector<StoredHotkey>& hot
     if (!enabled) return std::nullopt;
     programHotKeys->Attach(mainWindowHandle);
 
+    constexpr std::size_t kMaxNamed = 5;
+    std::size_t count = 0;
     std::string failures;
     std::int32_t firstNumber = 0;
     for (const auto& hotkey : hotkeys) {
@@ -190,19 +224,24 @@ std::optional<RuntimeError> RegisterHotkeys(const std::vector<StoredHotkey>& hot
             programHotKeys->RegisterKey(hotkey.action, key, modifiers, hotkey.text);
         } catch (const RuntimeError& error) {
             if (failures.empty()) firstNumber = error.Number();
-            failures += "\r\n" + hotkey.combination + ": " + WithoutLineBreaks(error.what());
+            if (++count <= kMaxNamed)
+                failures += "\r\n" + hotkey.combination + ": " + WithoutLineBreaks(error.what());
         }
     }
-    if (failures.empty()) return std::nullopt;
+    if (count == 0) return std::nullopt;
+    if (count > kMaxNamed) failures += "\r\nand " + std::to_string(count - kMaxNamed) + " more";
     return RuntimeError(firstNumber, "These hotkeys could not be registered:" + failures);
 }
 
 void RunHotKeyAction(const std::string& actionName, const std::string& text) {
+    const Press press(actionName);
+    if (!press.Counts()) return;
+    const os::BoxesBefore cause(mainWindowHandle);
     if (actionName == "Set Away") SharedForm<frmAway>().Start(text);
     if (actionName == "Clear Away") SharedForm<frmUnAway>().Start(true);
     if (actionName == "Panic!") {
         modSystem::RestartAIM(true, true);
-        ShutDownRequest();
+        modSystem::EndRequest(false);
     }
     // "Close IMs" of earlier versions may be stored; like any other name it does nothing.
 }

@@ -8,18 +8,14 @@
 #include <string_view>
 #include <vector>
 
-#include "base/Event.h"
 #include "base/RuntimeError.h"
 #include "desktop/cRegHotKey.h"
-#include "os/Dialog.h"
-#include "os/WindowHandle.h"
+#include "os/desktop/Dialog.h"
+#include "os/desktop/WindowHandle.h"
 
 namespace modHotKeys {
 
 enum class KeyKind { Key = 0, Modifier = 1 };
-
-// Raised after "Panic!" has ended the AIM client: the program is to shut down, without any question.
-extern Event<> ShutDownRequest;
 
 // Makes `hotKeys`, which the main window owns, the program's hotkeys and attaches them to that window.
 void InitHotKeys(cRegHotKey& hotKeys, os::WindowHandle mainWindow);
@@ -65,7 +61,8 @@ void SaveHotkeys(const std::vector<StoredHotkey>& hotkeys);
 std::optional<RuntimeError> RegisterHotkeys(const std::vector<StoredHotkey>& hotkeys, bool enabled);
 
 // Carries out the action of a pressed hotkey; `text` is the away message of "Set Away". Any unknown name
-// does nothing.
+// does nothing, and so does a press within a second of the last one of the same action, or while what that
+// one has set off waits in a box.
 void RunHotKeyAction(const std::string& actionName, const std::string& text);
 
 }  // namespace modHotKeys

@@ -2,19 +2,19 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <string>
 #include <vector>
 
-#include "app/services/modRegistry.h"
-#include "os/TopWindows.h"
+#include "app/services/Settings.h"
+#include "base/Text.h"
+#include "os/desktop/TopWindows.h"
 
 namespace modTrans {
 namespace {
 
 struct Kind {
-    const char* setting;
+    settings::Name<true> setting;
     std::string_view prefix;  // one of the two is empty
     std::string_view suffix;
 };
@@ -27,7 +27,7 @@ constexpr std::array<Kind, kKinds> kKindTable{{
 }};
 
 // Windows remembered at most between two loads of the settings.
-constexpr std::size_t kMostHandled = 999;
+constexpr std::size_t kMaxHandled = 999;
 
 struct State {
     std::array<bool, kKinds> on{};
@@ -42,7 +42,7 @@ State& TheState() {
 
 // A kind whose setting is missing counts as on.
 bool KindIsOn(const Kind& kind) {
-    return modRegistry::ReadSetting(kind.setting) != "0";
+    return settings::IsOn(kind.setting);
 }
 
 template <typename Wanted>
@@ -61,9 +61,9 @@ bool IsHandled(os::WindowHandle window) {
 // Whether one more window can be remembered; windows that are gone make room.
 bool HasRoom() {
     auto& handled = TheState().handled;
-    if (handled.size() < kMostHandled) return true;
+    if (handled.size() < kMaxHandled) return true;
     std::erase_if(handled, [](os::WindowHandle window) { return !os::WindowExists(window); });
-    return handled.size() < kMostHandled;
+    return handled.size() < kMaxHandled;
 }
 
 void ScanPass() {
@@ -101,7 +101,7 @@ void LoadTransSettings() noexcept {
         auto& state = TheState();
         for (std::size_t kind = 0; kind < kKindTable.size(); ++kind)
             state.on[kind] = KindIsOn(kKindTable[kind]);
-        state.amount = ParseAmount(modRegistry::ReadSetting("transamount"));
+        state.amount = ParseAmount(settings::Text("transamount"));
         state.handled.clear();
         RestorePass();
     });
@@ -114,14 +114,10 @@ void TimerTick() noexcept {
 }
 
 int ParseAmount(std::string_view text) {
-    const bool negative = text.starts_with('-');
-    if (negative || text.starts_with('+')) text.remove_prefix(1);
-    int amount = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), amount);
-    if (end != text.data() + text.size() || error == std::errc::invalid_argument || text.starts_with('-'))
-        return 0;
-    if (negative) return 0;
-    return error == std::errc::result_out_of_range ? 100 : std::min(amount, 100);
+    if (text.starts_with('+')) text.remove_prefix(1);
+    const bool isNumber = !text.empty() && text.find_first_not_of("0123456789") == text.npos;
+    // What no number can hold is more than everything, too.
+    return isNumber ? std::min(ParseNumber<int>(text).value_or(100), 100) : 0;
 }
 
 std::uint8_t AlphaOf(int amount) {

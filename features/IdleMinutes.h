@@ -9,7 +9,7 @@ struct IdleMinutes {
     const char* refusal = nullptr;  // the message to show; nullptr when `minutes` is good
 };
 
-// Reads the text in the same way in every locale: digits with an optional sign before them and an optional
-// fraction after a point or a comma, blanks around. Exponents and separators of thousands are not taken. The
-// range is checked before the fraction, so that 65535.5 is out of range.
+// Reads the text in the same way in every locale: digits alone, blanks around them. "1,000" is refused and
+// not taken for 1, whatever the comma means where the user lives. The range is checked before the fraction,
+// so that 65535.5 is out of range.
 IdleMinutes ReadIdleMinutes(std::string_view text);

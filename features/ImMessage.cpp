@@ -5,13 +5,15 @@
 
 #include "base/RuntimeError.h"
 #include "core/clsTLVChain.h"
+#include "core/wire/Ucs2.h"
 #include "os/CodePage.h"
 
 namespace {
 
 constexpr std::int32_t kMessageData = 0x0002;  // the TLV
+constexpr std::int32_t kSentAt = 0x0016;       // in what comes from the server
 constexpr std::int32_t kUcs2 = 2;              // the character set
-constexpr std::size_t kMostTlvs = 999;
+constexpr std::size_t kMaxTlvs = 999;
 
 // Both kinds of data begin alike; what follows the name differs:
 //
@@ -42,35 +44,6 @@ void SkipSenderInformation(const ByteString& data, std::size_t& position) {
     }
 }
 
-char32_t UnitAt(std::string_view bytes, std::size_t index) {
-    return static_cast<char32_t>(GetWord(bytes, index + 1));
-}
-
-// One character of the big-endian UCS-2 text at `index`, which moves behind it. Surrogates are joined though
-// UCS-2 has none: clients send the UTF-16 of their system. Half a pair reads as U+FFFD.
-char32_t TakeCharacter(std::string_view bytes, std::size_t& index) {
-    const auto isHigh = [](char32_t unit) { return unit >= 0xD800 && unit < 0xDC00; };
-    const auto isLow = [](char32_t unit) { return unit >= 0xDC00 && unit < 0xE000; };
-    const auto unit = UnitAt(bytes, index);
-    index += 2;
-    if (!isHigh(unit)) return isLow(unit) ? char32_t{0xFFFD} : unit;
-    if (index + 1 >= bytes.size() || !isLow(UnitAt(bytes, index))) return 0xFFFD;
-    const auto low = UnitAt(bytes, index);
-    index += 2;
-    return 0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00);
-}
-
-// What the code page lacks becomes a numeric entity, which the HTML of the message allows anywhere.
-std::string TextFromUcs2(std::string_view bytes) {
-    std::string text;
-    for (std::size_t index = 0; index + 1 < bytes.size();) {
-        const auto character = TakeCharacter(bytes, index);
-        const auto encoded = os::EncodeInCodePage(character);
-        text += !encoded.empty() ? encoded : "&#" + std::to_string(std::uint32_t{character}) + ";";
-    }
-    return text;
-}
-
 // A fragment of the message data: identifier (1), version (1), length (2), that many bytes, or as many as
 // there are. Takes it off the front; "" when there is none.
 std::string_view TakeFragment(std::string_view& bytes) {
@@ -91,14 +64,18 @@ std::string ReadText(std::string_view messageData) {
     const auto fragment = TakeFragment(messageData);
     if (fragment.size() < kBeforeText) return {};
     const auto text = fragment.substr(kBeforeText);
-    return GetWord(fragment, 1) == kUcs2 ? TextFromUcs2(text) : std::string(text);
+    return GetWord(fragment, 1) == kUcs2 ? wire::TextFromUcs2(text) : os::TextFromBytes(std::string(text));
 }
 
-std::string ReadMessageTlv(const ByteString& data, std::size_t position) {
+ImMessage ReadTlvs(std::string screenName, const ByteString& data, std::size_t position) {
     clsTLVChain chain;
-    chain.CreateFromString(data, position, data.size(), kMostTlvs);
-    const auto* const message = chain.GetTLV(kMessageData);
-    return message != nullptr ? ReadText(message->Value()) : std::string();
+    chain.CreateFromString(data, position, data.size(), kMaxTlvs);
+    ImMessage message{std::move(screenName), {}, {}};
+    if (const auto* const text = chain.GetTLV(kMessageData)) message.text = ReadText(text->Value());
+    const auto* const time = chain.GetTLV(kSentAt);
+    if (time != nullptr && time->Value().size() >= 4)
+        message.sentAt = static_cast<std::uint32_t>(GetDWord(time->Value(), 1));
+    return message;
 }
 
 }  // namespace
@@ -107,11 +84,11 @@ ImMessage ReadIncomingMessage(const ByteString& data) {
     std::size_t position = 0;
     auto screenName = ReadScreenName(data, position);
     SkipSenderInformation(data, position);
-    return {std::move(screenName), ReadMessageTlv(data, position)};
+    return ReadTlvs(std::move(screenName), data, position);
 }
 
 ImMessage ReadOutgoingMessage(const ByteString& data) {
     std::size_t position = 0;
     auto screenName = ReadScreenName(data, position);
-    return {std::move(screenName), ReadMessageTlv(data, position)};
+    return ReadTlvs(std::move(screenName), data, position);
 }

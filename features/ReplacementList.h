@@ -7,16 +7,17 @@
 // L counts blanks too, so it may exceed the length of the name that is sought.
 #pragma once
 
-#include <array>
+#include <bitset>
 #include <cstddef>
-#include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
-#include "core/SessionHooks.h"
+#include "core/SessionFeature.h"
+#include "core/wire/Lengths.h"
 
 // A pair of the list, both halves as typed.
 struct Replacement {
@@ -26,16 +27,17 @@ struct Replacement {
     bool operator==(const Replacement&) const = default;
 };
 
-// Tells in one pass over the data, however many names there are, which of them stand in it. Most data hold
-// none, so what is cheap comes first: the length bytes, then length and first two bytes, and only then the
-// name itself.
+// Tells which names of a list stand in data, however many there are.
 class NameFinder {
  public:
+    static constexpr std::size_t kMaxLength = 16;  // bytes of a name in the data
+
     // Adds the name of a pair; indices go up.
     void Add(std::string_view name, std::size_t index);
 
-    // The lowest index, `from` or above, whose name is found in the data.
-    std::optional<std::size_t> FirstFound(std::string_view data, std::size_t from) const;
+    // The lowest index, `from` or above, of a name that stands behind this length byte. `data` are what
+    // follows it, kMaxLength bytes of them or all there are.
+    std::optional<std::size_t> Find(char length, std::string_view data, std::size_t from) const;
 
  private:
     struct Hash {
@@ -43,19 +45,9 @@ class NameFinder {
         std::size_t operator()(std::string_view key) const { return std::hash<std::string_view>()(key); }
     };
 
-    // The lowest index, `from` or above, of the name behind the length byte at the front of the data.
-    std::optional<std::size_t> Look(std::string_view data, std::size_t from) const;
-
-    // The number of what a name's first two bytes are.
-    static std::size_t Beginning(char first, char second);
-
-    // By that number: the least L with which one can be found; kNoName when none begins so.
-    static constexpr std::uint8_t kNoName = 0xFF;
-    std::array<std::uint8_t, 1024> leastLength_ = [] {
-        std::array<std::uint8_t, 1024> lengths;
-        lengths.fill(kNoName);
-        return lengths;
-    }();
+    // Whether a name begins with these two bytes: most data hold none, and this is cheaper than to look one
+    // up.
+    std::bitset<0x10000> beginnings_;
     std::unordered_map<std::string, std::vector<std::size_t>, Hash, std::equal_to<>> indices_;
 };
 
@@ -64,8 +56,15 @@ class ReplacementList {
     // Every half must have 1 to 255 bytes.
     explicit ReplacementList(std::vector<Replacement> pairs);
 
-    // As modSNReplace::ReplaceScreenNames.
-    bool Rewrite(Direction direction, std::string_view payload, ByteString& rewritten) const;
+    // Rewrites data, pair after pair, so that what one pair wrote the next may find; each replaces every
+    // occurrence of its name, what the replacement brings along included: the search goes on behind the first
+    // byte of what was put in. Nothing when no name was found, and when the data would grow over 65,535 bytes
+    // on the way.
+    std::optional<wire::ChangedPayload> Rewrite(Direction direction, std::string_view payload) const;
+
+    // What the user sees in the place of the name that he has typed: of a name that has an alias, or is one,
+    // the alias as the list has it.
+    std::string NameShown(const std::string& typed) const;
 
  private:
     std::vector<Replacement> pairs_;

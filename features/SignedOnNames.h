@@ -18,5 +18,6 @@ using SessionCommand = std::function<void(const std::string& screenName)>;
 // The screen names signed on, each once, in the order of their connections.
 std::vector<std::string> SignedOnNames();
 
-// Sends the command for each name that is still signed on, in order; returns the names it went to.
+// Sends the command once for each name that is still signed on, in order, however often the list has it;
+// returns the names it went to.
 std::vector<std::string> SendForEach(const std::vector<std::string>& names, const SessionCommand& command);

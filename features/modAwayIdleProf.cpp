@@ -1,21 +1,26 @@
 #include "features/modAwayIdleProf.h"
 
+#include <algorithm>
 #include <limits>
 #include <string_view>
 #include <utility>
 
-#include "app/services/modRegistry.h"
+#include "app/services/Settings.h"
 #include "base/RuntimeError.h"
 #include "core/clsHeaderSNAC.h"
 #include "core/clsTLVChain.h"
+#include "core/wire/Ucs2.h"
+#include "os/CodePage.h"
 
 namespace modAwayIdleProf {
 namespace {
 
 constexpr std::int32_t kSnacChannel = 2;
 constexpr char kTextType[] = "text/aolrtf; charset=\"us-ascii\"";
+constexpr char kUcs2TextType[] = "text/aolrtf; charset=\"unicode-2-0\"";
+constexpr std::int32_t kProfileType = 0x0001;  // the TLV; before it, in user information, the user's class
 constexpr std::int32_t kProfileText = 0x0002;  // the TLV, in both directions
-constexpr std::size_t kMostTlvs = 999;
+constexpr std::size_t kMaxTlvs = 999;
 
 clsHeaderFLAP MakeFlap(std::int32_t family, std::int32_t subtype, ByteString data) {
     clsHeaderSNAC snac;
@@ -27,31 +32,108 @@ clsHeaderFLAP MakeFlap(std::int32_t family, std::int32_t subtype, ByteString dat
 
 // SNAC (0x0002, 0x0004) carries either text: a TLV with its type, then one with the text itself.
 clsHeaderFLAP MakeTextFlap(std::int32_t typeTlv, std::int32_t textTlv, const std::string& text) {
+    auto wire = os::TextForWire(text);
     clsHeaderTLV type;
-    type.Create(typeTlv, kTextType);
+    type.Create(typeTlv, wire.isUcs2 ? kUcs2TextType : kTextType);
     clsHeaderTLV value;
-    value.Create(textTlv, text);
+    value.Create(textTlv, std::move(wire.bytes));
     clsTLVChain chain;
     chain.Add(std::move(type));
     chain.Add(std::move(value));
     return MakeFlap(0x0002, 0x0004, chain.toString());
 }
 
-// AIM draws the profile as it comes; closing what it may have left open gives the source a clean page.
-std::string WithItsSource(const std::string& profile) {
-    std::string text =
-        profile + "<br></body></center><body bgcolor=\"#ffffff\"></font><hr><font face=\"fixedsys\">";
-    for (const char c : profile) {
-        if (c == '<') {
-            text += "&lt;";
-        } else {
-            text += c;
-        }
+// What a profile's bytes are, as its type says: AIM leaves it out for plain text.
+enum class Characters { OneByte, Ucs2, Unknown };
+
+// One byte for each character of ASCII, whatever stands for the others. "windows-125x" are the clients' code
+// pages.
+bool HoldsAsciiAsItIs(const std::string& charset) {
+    return charset.empty() || charset == "us-ascii" || charset == "iso-8859-1" || charset == "utf-8" ||
+           charset.starts_with("windows-125");
+}
+
+// The type is such as "text/aolrtf; charset=\"us-ascii\"".
+Characters CharactersOf(const std::string& mimeType) {
+    constexpr std::string_view kCharset = "charset=";
+    const auto type = LowerCase(mimeType);
+    const auto from = type.find(kCharset);
+    std::string charset;
+    if (from != std::string::npos) charset = type.substr(from + kCharset.size());
+    if (charset.starts_with('"')) charset.erase(0, 1);
+    charset.erase(std::min(charset.find_first_of("\"; "), charset.size()));
+    if (charset == "unicode-2-0") return Characters::Ucs2;
+    return HoldsAsciiAsItIs(charset) ? Characters::OneByte : Characters::Unknown;
+}
+
+std::string WithEntities(std::string_view profile, std::string_view less, std::string_view entity) {
+    std::string text;
+    for (std::size_t i = 0; i < profile.size(); i += less.size()) {
+        const auto character = profile.substr(i, less.size());
+        text += character == less ? entity : character;
     }
     return text;
 }
 
+// AIM draws the profile as it comes; closing what it may have left open gives the source a clean page.
+constexpr std::string_view kAboveSource =
+    "<br></body></center><body bgcolor=\"#ffffff\"></font><hr><font face=\"fixedsys\">";
+constexpr std::string_view kLess = "<", kLessEntity = "&lt;";
+
+// The profile as it is when its characters are none we know, or end within one.
+std::string WithItsSource(const std::string& profile, Characters characters) {
+    if (characters == Characters::OneByte)
+        return profile + std::string(kAboveSource) + WithEntities(profile, kLess, kLessEntity);
+    if (characters == Characters::Unknown || profile.size() % 2 != 0) return profile;
+    return profile + wire::Ucs2FromAscii(kAboveSource) +
+           WithEntities(profile, wire::Ucs2FromAscii(kLess), wire::Ucs2FromAscii(kLessEntity));
+}
+
+class ProfileViewer final : public SessionFeature {
+ public:
+    explicit ProfileViewer(Session& session) : session_(session) {}
+
+    Verdict Frame(FrameView& frame) override {
+        if (!WantsProfileHtml()) return Verdict::Pass;
+        clsHeaderFLAP flap;
+        flap.Create(frame.Channel(), ByteString(frame.Payload()));
+        SeeProfileHtml(flap);
+        if (frame.Channel() == flap.ChannelID()) {
+            frame.Replace(flap.Data());
+            return Verdict::Pass;
+        }
+        // A frame keeps its channel; one in its place has channel 2.
+        session_.Send(frame.Way(), flap.Data());
+        return Verdict::Drop;
+    }
+
+ private:
+    Session& session_;
+};
+
+class CommandSender final : public SessionFeature {
+ public:
+    explicit CommandSender(Session& session) : session_(session) {}
+
+    void SetAwayMessage(const std::string& strAway) override { Send(MakeAwayFlap(strAway)); }
+    void SetIdle(std::int32_t mins) override { Send(MakeIdleFlap(mins)); }
+    void SetProfile(const std::string& strProfile) override { Send(MakeProfileFlap(strProfile)); }
+
+ private:
+    void Send(const clsHeaderFLAP& flap) { session_.Send(Direction::ToServer, flap.Data()); }
+
+    Session& session_;
+};
+
 }  // namespace
+
+FeatureEntry ProfileSource() {
+    return FeatureOf<ProfileViewer>({{0x0002, 0x0006}});
+}
+
+FeatureEntry Commands() {
+    return FeatureOf<CommandSender>({}, Made::AtOnce);
+}
 
 clsHeaderFLAP MakeAwayFlap(const std::string& strAway) {
     return MakeTextFlap(0x0003, 0x0004, strAway);
@@ -70,7 +152,7 @@ clsHeaderFLAP MakeProfileFlap(const std::string& strProfile) {
 }
 
 bool WantsProfileHtml() {
-    return modRegistry::ReadSetting("seehtml") == "1";
+    return settings::IsOn("seehtml");
 }
 
 // The data of the reply:
@@ -91,8 +173,11 @@ void SeeProfileHtml(clsHeaderFLAP& flap) {
     if (headLength > data.size()) ThrowInvalidArgument();
 
     clsTLVChain chain;
-    chain.CreateFromString(data, headLength + 1, data.size(), kMostTlvs);
-    if (auto* const profile = chain.GetTLVRev(kProfileText)) profile->Value(WithItsSource(profile->Value()));
+    chain.CreateFromString(data, headLength + 1, data.size(), kMaxTlvs);
+    const auto* const type = chain.GetTLVRev(kProfileType);
+    const auto characters = type != nullptr ? CharactersOf(type->Value()) : Characters::OneByte;
+    if (auto* const profile = chain.GetTLVRev(kProfileText))
+        profile->Value(WithItsSource(profile->Value(), characters));
     snac.Data(data.substr(0, headLength) + chain.toString());
     flap.Create(kSnacChannel, snac.toString());
 }

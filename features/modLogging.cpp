@@ -4,74 +4,30 @@
 #include <array>
 
 #include "app/services/SafeFileName.h"
-#include "app/services/modRegistry.h"
+#include "app/services/Settings.h"
+#include "app/services/TimeText.h"
+#include "base/Text.h"
+#include "core/wire/Ucs2.h"
 #include "features/ImMessage.h"
+#include "features/SafeHtml.h"
 #include "os/Clock.h"
-#include "os/Files.h"
+#include "os/CodePage.h"
 
 namespace modLogging {
 namespace {
 
-std::string Digits(int number, std::size_t width) {
-    const auto digits = std::to_string(number);
-    return std::string(width - std::min(width, digits.size()), '0') + digits;
+std::string TextLine(const LogEntry& entry, const std::string& time) {
+    return entry.speaker + " (" + time + "): " + StripHtml(entry.html);
 }
 
-std::string DateText(const os::LocalTime& time) {
-    return Digits(time.year, 4) + "-" + Digits(time.month, 2) + "-" + Digits(time.day, 2);
-}
-
-std::string TimeText(const os::LocalTime& time) {
-    return Digits(time.hour, 2) + ":" + Digits(time.minute, 2) + ":" + Digits(time.second, 2);
-}
-
-void EnsureFolder(const std::string& folder) {
-    if (!os::FolderExists(folder)) os::MakeFolder(folder);
-}
-
-// The folder that the buddy's logs go to, made when it is missing, with a separator at its end.
-std::string LogFolder(const std::string& safeBuddy) {
-    auto folder = modRegistry::ReadSetting("logwhere");
-    folder.erase(folder.find_last_not_of('\\') + 1);
-    EnsureFolder(folder);
-    if (modRegistry::ReadSetting("logfolder") == "1") {
-        folder += "\\" + safeBuddy;
-        EnsureFolder(folder);
-    }
-    return folder + "\\";
-}
-
-std::string TextLine(const std::string& speaker, const std::string& time, const std::string& html) {
-    return speaker + " (" + time + "): " + StripHtml(html);
-}
-
-std::string HtmlLine(const std::string& speaker, const std::string& time, const std::string& html,
-                     bool incoming) {
-    const std::string colour = incoming ? "0000ff" : "ff0000";
-    return "<b><font color=#" + colour + ">" + speaker + " </font><font color=#0000ff size=-1>(" + time +
-           "):</font> </b>" + html + "<br>";
+std::string HtmlLine(const LogEntry& entry, const std::string& time) {
+    const std::string colour = entry.isOwn ? "ff0000" : "0000ff";
+    return "<b><font color=#" + colour + ">" + SafeHtml(entry.speaker) +
+           " </font><font color=#0000ff size=-1>(" + time + "):</font> </b>" + SafeHtml(entry.html) + "<br>";
 }
 
 bool IsWanted() {
-    return modRegistry::ReadSetting("logims") == "1";
-}
-
-void AppendLine(const std::string& buddy, const std::string& speaker, const std::string& html,
-                bool incoming) {
-    auto name = buddy;
-    std::erase(name, ' ');
-    if (name.empty()) return;
-
-    const auto now = os::Now();
-    const auto time = TimeText(now);
-    // A buddy who speaks is shown as the file has him, without blanks; part of the format.
-    const auto& shown = incoming ? name : speaker;
-    const bool asHtml = modRegistry::ReadSetting("loghowhtm") == "True";
-    const auto line = asHtml ? HtmlLine(shown, time, html, incoming) : TextLine(shown, time, html);
-
-    const auto safeName = SafeFileName(name);
-    const auto file = LogFolder(safeName) + safeName + " " + DateText(now) + (asHtml ? ".htm" : ".txt");
-    os::AppendToFile(file, line + "\r\n");
+    return settings::IsOn("logims");
 }
 
 struct Tag {
@@ -108,20 +64,67 @@ const Tag* TagAt(std::string_view html) {
     return found != kTags.end() ? found : nullptr;
 }
 
+constexpr Interest kOutgoingMessage{0x0004, 0x0006};
+constexpr Interest kIncomingMessage{0x0004, 0x0007};
+
+class MessageLogger final : public SessionFeature {
+ public:
+    MessageLogger(Session& session, std::shared_ptr<MessageLog> log,
+                  std::shared_ptr<const ReplacementList> aliases)
+        : session_(session), log_(std::move(log)), aliases_(std::move(aliases)) {}
+
+    // By the kind of message, whichever way it goes. What the client sends is read as it wrote it, before the
+    // aliases were taken off: so both halves of a conversation are under the name that the user sees.
+    Verdict Frame(FrameView& frame) override {
+        clsHeaderSNAC snac;
+        snac.ParseData(frame.Way() == Direction::ToServer ? frame.Original() : frame.Payload());
+        const bool incoming = snac.SubId() == kIncomingMessage.subtype;
+        log_->LogMessage(incoming ? Direction::ToClient : Direction::ToServer, snac,
+                         session_.Names(frame.Way()).name, aliases_.get());
+        return Verdict::Pass;
+    }
+
+ private:
+    Session& session_;
+    const std::shared_ptr<MessageLog> log_;
+    const std::shared_ptr<const ReplacementList> aliases_;
+};
+
 }  // namespace
 
-void LogMessage(Direction direction, const clsHeaderSNAC& snac, const std::string& ownScreenName) {
+FeatureEntry Logging(std::shared_ptr<MessageLog> log,
+                     std::shared_ptr<const modSNReplace::SharedList> aliases) {
+    return {{kOutgoingMessage, kIncomingMessage},
+            [log = std::move(log), aliases = std::move(aliases)](Session& session) {
+                return std::make_unique<MessageLogger>(session, log, aliases->Last());
+            },
+            Made::AtOnce};  // the aliases are those of this connection
+}
+
+void MessageLog::LogMessage(Direction direction, const clsHeaderSNAC& snac, const std::string& ownScreenName,
+                            const ReplacementList* aliases) {
     // First of all: who does not log is not told of messages that cannot be read.
     if (!IsWanted()) return;
     const bool incoming = direction == Direction::ToClient;
-    const auto message = incoming ? ReadIncomingMessage(snac.Data()) : ReadOutgoingMessage(snac.Data());
-    if (message.text.empty()) return;
-    AppendLine(message.screenName, incoming ? message.screenName : ownScreenName, message.text, incoming);
+    auto message = incoming ? ReadIncomingMessage(snac.Data()) : ReadOutgoingMessage(snac.Data());
+    if (!incoming && aliases != nullptr) message.screenName = aliases->NameShown(message.screenName);
+    // A buddy who speaks is shown as his file has him, without blanks; part of the format.
+    auto name = std::move(message.screenName);
+    std::erase(name, ' ');
+    Write({name, incoming ? name : ownScreenName, std::move(message.text), !incoming, message.sentAt});
 }
 
-void WriteLogLine(const std::string& buddy, const std::string& speaker, const std::string& html,
-                  bool incoming) {
-    if (IsWanted()) AppendLine(buddy, speaker, html, incoming);
+void MessageLog::Write(const LogEntry& entry) {
+    if (entry.html.empty() || entry.file.empty()) return;
+    const auto when = entry.sentAt ? os::LocalTimeOf(*entry.sentAt) : os::Now();
+    const bool asHtml = settings::IsOn("loghowhtm");
+    const auto line = (asHtml ? HtmlLine : TextLine)(entry, TimeText(when)) + "\r\n";
+    // A browser shows entities as characters, a reader of plain text does not.
+    const auto utf8 = asHtml ? std::string() : wire::Utf8OfText(line);
+    const bool isMore = !asHtml && utf8 != os::Utf8FromText(line);
+    const auto safeName = SafeFileName(entry.file);
+    const auto file = safeName + " " + DateText(when) + (asHtml ? ".htm" : ".txt");
+    folder_.Append(safeName, file, line, isMore ? utf8 : std::string());
 }
 
 std::string StripHtml(std::string_view html) {

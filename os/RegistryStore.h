@@ -12,6 +12,8 @@
 #include <string>
 #include <string_view>
 
+#include "os/Path.h"
+
 namespace os {
 
 enum class RegistryHive : std::uint32_t { CurrentUser = 0x80000001u };
@@ -40,6 +42,12 @@ bool WriteRegistryValue(RegistryHive hive, const std::string& keyPath, const std
 
 // Creates or opens the key and deletes the value. Whether the value existed and was deleted.
 bool RemoveRegistryValue(RegistryHive hive, const std::string& keyPath, const std::string& name);
+
+// The same for a path, which no text may be able to tell: a value of type String. An empty path when there is
+// none.
+Path ReadRegistryPath(RegistryHive hive, const std::string& keyPath, const std::string& name);
+bool WriteRegistryPath(RegistryHive hive, const std::string& keyPath, const std::string& name,
+                       const Path& path);
 
 // For the implementations: a stored value as ReadRegistryValue hands it out.
 inline std::optional<RegistryValue> AsRead(RegistryValue stored, std::size_t maxBytes) {

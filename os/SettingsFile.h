@@ -1,28 +1,27 @@
 // SettingsFile: where os/RegistryStore.h keeps its values on a system that has no registry. Native only.
 //
-// A text file in UTF-8 that people may edit. The values of the program's own key stand at its top, those of
-// other keys under a line with the key in brackets:
+// A text file that people may edit, in UTF-8:
 //
 //     # a remark
 //     logims=1
-//     logwhere=C:\AimLogs\              everything up to the line's end, as it stands
+//     logwhere=/home/ada/logs           everything up to the line's end, as it stands
 //     greeting=" with blanks \x0D\x0A"  quoted where blanks or control bytes count; \\ \" \xHH
-//     [Software\Other]
-//     "a=b"=names are quoted likewise
-//     Port:dword=11080                  other types: dword in decimal, expand (%NAME% in a text) ...
-//     Blob:3=0A FF                      ... or the type's number and the bytes
+//     "\\software\\other\\a=b"=x         values of other keys carry their key; names are quoted likewise
+//     number:4=48 2B 00 00              other types than text: the type's number and the bytes
 //
 // Lines of no such form are kept and ignored. A changed file is replaced as a whole, and two processes that
-// change it at the same time wait for each other.
+// change it at the same time wait for each other. While the file cannot be read, the values that were read
+// last count, and that is reported once, under "modRegistry:QueryValue".
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace os {
 
-// The path, in the system's own bytes, and the key whose values stand at the top. The file and its folders
-// are made when the first value is written.
-void SetSettingsFile(std::string path, std::string topKey);
+// The path, and the key whose values go by their names alone. The file and its folders are made when the
+// first value is written.
+void SetSettingsFile(std::string path, std::string_view topKey);
 
 // A text value of the top key for this run: it stands before the file's until somebody in this program
 // writes or removes the value.

@@ -21,6 +21,7 @@ BrandingText "Wrenlow ${VERSION}"
 !define RUN_KEY "Software\Microsoft\Windows\CurrentVersion\Run"
 !define SETTINGS_KEY "Software\Wrenlow"
 !define PROXY_KEY "Software\America Online\AOL Instant Messenger (TM)\CurrentVersion\Proxy"
+!define KEPT_KEY "${SETTINGS_KEY}\aimproxy" ; what the client had there before us
 
 InstallDir "$LOCALAPPDATA\Programs\Wrenlow"
 InstallDirRegKey HKCU "${UNINSTALL_KEY}" "InstallLocation"
@@ -56,8 +57,31 @@ Var outcome ; what the uninstaller tells in the end
 !insertmacro MUI_UNPAGE_INSTFILES
 !insertmacro MUI_LANGUAGE "English"
 
+; The box in which the process $1 asks something, as window $5; 0 for none, and when it hangs.
+!macro FindQuestion prefix
+Function ${prefix}FindQuestion
+  StrCpy $5 0
+  next:
+  FindWindow $5 "#32770" "" 0 $5
+  IntPtrCmp $5 0 done
+  System::Call 'user32::GetWindowThreadProcessId(p r5, *i 0 r6)'
+  IntCmp $6 $1 0 next next
+  System::Call 'user32::IsWindowVisible(p r5) i .r6'
+  IntCmp $6 0 next
+  System::Call 'user32::GetDlgItem(p r5, i 0xFFFF) p .r6' ; the number of a box's text
+  IntPtrCmp $6 0 next
+  System::Call 'user32::IsHungAppWindow(p r5) i .r6'
+  IntCmp $6 0 done
+  StrCpy $5 0
+  done:
+FunctionEnd
+!macroend
+!insertmacro FindQuestion ""
+!insertmacro FindQuestion "un."
+
 ; Asks every running Wrenlow to close, as its menu would, and waits until it has: its port and its files are free then.
-; It may have a question open about AIM, so the user is asked to see to it; a silent run gives up instead.
+; While it asks something about AIM, the user answers there, and no box of ours covers the question. One that does not
+; close by itself the user is asked to see to. A silent run gives up after 15 s instead.
 !macro EndRunning prefix
 Function ${prefix}EndRunning
   StrCpy $wasRunning 0
@@ -67,16 +91,36 @@ Function ${prefix}EndRunning
   StrCpy $wasRunning 1
   DetailPrint "Waiting for Wrenlow to close..."
   System::Call 'user32::GetWindowThreadProcessId(p r0, *i 0 r1)'
+  System::Call 'user32::AllowSetForegroundWindow(i r1)'             ; for its question
   System::Call 'kernel32::OpenProcess(i 0x100000, i 0, i r1) p .r2' ; SYNCHRONIZE
   System::Call 'user32::PostMessageW(p r0, i 0x10, p 0, p 0)'       ; WM_CLOSE
-  System::Call 'kernel32::WaitForSingleObject(p r2, i 15000) i .r3'
+  System::Call 'kernel32::GetTickCount() i .r4' ; when it was asked, or asked something itself
+  StrCpy $7 0 ; the question that the user has been told of
+  wait:
+  System::Call 'kernel32::WaitForSingleObject(p r2, i 500) i .r3'
+  ${IfNot} ${Silent}
+    Call ${prefix}FindQuestion
+    ${If} $5 != 0
+      System::Call 'kernel32::GetTickCount() i .r4'
+      ${If} $5 != $7
+        DetailPrint "Wrenlow asks something. Please answer it."
+        StrCpy $7 $5
+      ${EndIf}
+    ${EndIf}
+  ${EndIf}
+  System::Call 'kernel32::GetTickCount() i .r6'
+  IntOp $6 $6 - $4
+  ${If} $3 <> 0
+  ${AndIf} $6 < 15000
+    Goto wait
+  ${EndIf}
   System::Call 'kernel32::CloseHandle(p r2)'
   IntCmp $3 0 next
   FindWindow $0 "WrenlowHidden" "Wrenlow" ; it may have ended before it could be waited for
   IntPtrCmp $0 0 done
   MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION \
-    "Wrenlow is still running. It may be waiting for your answer to a question about AIM.$\r$\n$\r$\n\
-    Please answer it, or close Wrenlow, then press Retry." /SD IDCANCEL IDRETRY next
+    "Wrenlow is still running. It does not close by itself.$\r$\n$\r$\n\
+    Please close it, then press Retry." /SD IDCANCEL IDRETRY next
   SetErrorLevel 2
   Quit
   done:
@@ -138,14 +182,29 @@ Section
 SectionEnd
 
 ; AIM could not sign on any more through a proxy that is gone. A proxy of somebody else's is not touched.
-Function un.SwitchProxyOff
+; What the client had before is given back as it was, of whatever type; without it the proxy is switched off.
+Function un.GiveProxyBack
   ReadRegStr $0 HKCU "${PROXY_KEY}" "Host"
   ReadRegDWORD $1 HKCU "${PROXY_KEY}" "Port"
-  ${If} $0 == "127.0.0.1"
-  ${AndIf} $1 = 11080
-    WriteRegDWORD HKCU "${PROXY_KEY}" "Enabled" 0
-    StrCpy $outcome "AIM connects without Wrenlow now. If AIM is open, close it and open it again."
+  ${If} $0 != "127.0.0.1"
+  ${OrIf} $1 <> 11080
+    Return
   ${EndIf}
+  EnumRegValue $0 HKCU "${KEPT_KEY}" 0
+  ${If} $0 == ""
+    WriteRegDWORD HKCU "${PROXY_KEY}" "Enabled" 0
+  ${Else}
+    DeleteRegValue HKCU "${PROXY_KEY}" "Enabled"
+    DeleteRegValue HKCU "${PROXY_KEY}" "Host"
+    DeleteRegValue HKCU "${PROXY_KEY}" "Port"
+    DeleteRegValue HKCU "${PROXY_KEY}" "Protocol"
+    StrCpy $0 "${PROXY_KEY}"
+    StrCpy $1 "${KEPT_KEY}"
+    System::Call 'advapi32::RegOpenKeyW(p 0x80000001, w r0, *p .r2)' ; HKEY_CURRENT_USER
+    System::Call 'shlwapi::SHCopyKeyW(p 0x80000001, w r1, p r2, i 0)'
+    System::Call 'advapi32::RegCloseKey(p r2)'
+  ${EndIf}
+  StrCpy $outcome "AIM connects without Wrenlow now. If AIM is open, close it and open it again."
 FunctionEnd
 
 Function un.RemoveSettings
@@ -156,7 +215,7 @@ FunctionEnd
 ; What a user without Wrenlow does not need any more; of the settings, what he decides.
 Function un.LeaveUser
   DeleteRegValue HKCU "${RUN_KEY}" "Wrenlow"
-  Call un.SwitchProxyOff
+  Call un.GiveProxyBack
   ${GetParameters} $0
   ClearErrors
   ${GetOptions} $0 "/SETTINGS" $1

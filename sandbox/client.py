@@ -11,7 +11,7 @@ from . import wire
 from .record import PATIENCE, Record, within
 from .wire import DATA, HELLO, SIGN_OFF, SIGN_ON, parse_tlvs, snac, tlv
 
-CHAT_ROOMS, ICONS = 0x0D, 0x10  # families of the service connections
+CHAT_ROOMS, CHAT, ICONS = 0x0D, 0x0E, 0x10  # families of the service connections
 REPLY_SIZE = 8
 GRANTED = b"\x00\x5A"
 
@@ -85,6 +85,9 @@ class Line:
         """Waits until the server's side has ended."""
         await within(asyncio.shield(self._reading), "the server to end the connection")
 
+    def when_ended(self, call):
+        self._reading.add_done_callback(lambda _: call())
+
     async def close(self):
         await self.stream.close()
         await self.ended()
@@ -146,6 +149,21 @@ class Client:
         frame = await self.bos.take(4, 7, patience)
         sender, _info, rest = wire.parse_user_info(frame.data[10:])
         return sender, wire.parse_message(parse_tlvs(rest)[2])
+
+    async def read_list(self):
+        """The items of the buddy list that the server keeps."""
+        request, items = await self.bos.send_snac(0x13, 4), []
+        while True:
+            frame = await self.bos.frames.take(lambda frame: frame.snac == (0x13, 6) and frame.request == request, "the list")
+            items += wire.parse_items(frame.data[3:-4])
+            if not frame.has_more:
+                return items
+
+    async def enter_room(self):
+        """The connection to the service's chat room."""
+        line = await self._open_service(CHAT)
+        self.services.append(line)
+        return line
 
     async def sees(self, name):
         """Waits until this buddy has signed on."""
@@ -217,5 +235,5 @@ class Client:
 
     @staticmethod
     def _address(tlvs):
-        host, port = tlvs[5].decode().rsplit(":", 1)
+        host, port = tlvs[5].decode().split(":")  # clients of that age know no IPv6
         return host, int(port)

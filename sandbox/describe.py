@@ -24,6 +24,9 @@ NAMES = {
     (0x04, 0x05): "message limits",
     (0x09, 0x02): "asks for the privacy limits",
     (0x09, 0x03): "privacy limits",
+    (0x13, 0x08): "adds to the buddy list",
+    (0x13, 0x09): "changes the buddy list",
+    (0x13, 0x0E): "buddy list is changed",
     (0x17, 0x07): "key for the password",
 }
 CHANNELS = {wire.SIGN_ON: "hello", wire.ERROR: "error", wire.SIGN_OFF: "goodbye", wire.KEEP_ALIVE: "keep-alive"}
@@ -71,6 +74,8 @@ def _contents(family, subtype, data):
         return f'IM from {name}: "{_plain(wire.parse_message(wire.parse_tlvs(rest)[2]))}"'
     if kind == (4, 0xC):
         return f"IM to {wire.parse_name(data[10:])[0]} accepted"
+    if kind in ((0xE, 5), (0xE, 6)):
+        return f'in the room: "{_plain(wire.parse_tlvs(wire.parse_tlvs(data[10:])[5])[1].decode("latin-1"))}"'
     return NAMES.get(kind, "error" if subtype == 1 else f"{len(data)} bytes")
 
 

@@ -6,12 +6,16 @@ import asyncio
 import os
 import re
 import shutil
+import signal
+import tempfile
 import time
 from dataclasses import dataclass
 from pathlib import Path
 
-from .program import PATIENCE, end_wine, listens, of_windows
+from .client import Client
+from .program import PATIENCE, end_wine, listens, of_windows, wine_state
 from .record import within
+from .wire import WireFault
 
 SETTINGS = r"HKCU\software\Wrenlow"
 PROXY = r"HKCU\software\America Online\AOL Instant Messenger (TM)\CurrentVersion\Proxy"
@@ -145,15 +149,27 @@ class Wrenlow:
 
     def __init__(self, program):
         self._program, self._process = program, None
+        self._output = tempfile.TemporaryFile()
 
     async def start(self, checks_for_update=False):
         """Does not wait for anything: boxes may want an answer first."""
-        self._process = await _start(self._program, *([] if checks_for_update else ["d"]))
+        # Of Wine the errors are wanted: who ends at the start has nothing else to say.
+        environment = os.environ | {"WINEDEBUG": "fixme-all"}
+        self._process = await _start(self._program, *([] if checks_for_update else ["d"]), env=environment,
+                                     stdout=self._output, stderr=self._output)
 
     async def wait_until_listening(self):
         await until(lambda: self.has_ended() or listens(self.PORT), "the listener")
         if self.has_ended():
-            raise RuntimeError(f"wrenlow.exe has ended at its start with status {self._process.returncode}")
+            raise RuntimeError(f"ended at its start: {self.state()}")
+
+    def state(self):
+        """What can be told when it has ended: how, its output, and what it stood on."""
+        if not self.has_ended():
+            return "wrenlow.exe has not been started" if self._process is None else f"wrenlow.exe runs as process {self.pid}"
+        self._output.seek(0)
+        output = self._output.read().decode(errors="replace").splitlines()
+        return "\n".join([f"wrenlow.exe has ended with status {self._process.returncode}, having written:", *output, *wine_state()])
 
     @property
     def pid(self):
@@ -185,18 +201,21 @@ class Wrenlow:
 
 
 class AimClient:
-    """A copy of aim.exe in a folder of its own, with what it is told (aim.ini) and what it has done (aim.log)."""
+    """A copy of aim.exe in a folder of its own, with what it is told (aim.ini). It says how it connects and when it ends
+    (aim.log); its conversation with the service is held here, by the client that all of the sandbox shares."""
 
     def __init__(self, program, folder, service):
         self.folder = Path(folder)
         self.folder.mkdir(parents=True, exist_ok=True)
-        self._log = self.folder / "aim.log"
-        self._log.unlink(missing_ok=True)
+        self._file = self.folder / "aim.log"
+        self._file.unlink(missing_ok=True)
         shutil.copy(program, self.folder / "aim.exe")
-        (self.folder / "aim.ini").write_text(f"[aim]\nName={SCREEN_NAME}\nServiceHost={service.host}\nServicePort={service.port}\n",
-                                             encoding="ascii")
-        self._process = None
-        self._read = 0
+        (self.folder / "aim.ini").write_text(f"[aim]\nName={SCREEN_NAME}\n", encoding="ascii")
+        self._service = service.host, service.port
+        self._process = self._attendance = self._client = None
+        self._log = []   # (process, text): its own lines, and what has become of its conversation
+        self._taken = 0  # lines of its file that are in there
+        self._read = 0   # lines that a test has waited for
 
     @property
     def bag(self):
@@ -206,6 +225,15 @@ class AimClient:
 
     async def start(self):
         self._process = await _start(self.folder / "aim.exe")
+        if self._attendance is None:
+            self._attendance = asyncio.create_task(self._attend())
+
+    def freeze(self):
+        """Its windows do not answer until it thaws."""
+        os.kill(self._process.pid, signal.SIGSTOP)
+
+    def thaw(self):
+        os.kill(self._process.pid, signal.SIGCONT)
 
     async def close(self, hand):
         """Closes it, whichever process it is now; does nothing if there is none."""
@@ -215,6 +243,8 @@ class AimClient:
             answer = "the hand is gone"
         if answer not in ("closed", "no such window"):
             await _wine(of_windows("taskkill"), "/f", "/im", "aim.exe")
+        if self._client:
+            await self._client.close()
 
     async def was_ended(self):
         """Waits until the process that we have started has ended; gives its status."""
@@ -222,23 +252,45 @@ class AimClient:
 
     def log(self):
         """What it has done, as (process, text)."""
-        lines = self._log.read_text(encoding="ascii").splitlines() if self._log.exists() else []
-        return [tuple(line.split(" ", 1)) for line in lines]
+        return self._log
 
     async def does(self, text):
         """Waits for the next such line of the log; gives the process that wrote it. Lines before it are passed over."""
         def find():
-            for number, (process, line) in enumerate(self.log()[self._read:], self._read + 1):
+            for number, (process, line) in enumerate(self._log[self._read:], self._read + 1):
                 if line == text:
                     self._read = number
                     return process
             return None
-        return await until(find, lambda: f"{text!r} of the AIM client, which has done {self.log()}")
+        return await until(find, lambda: f"{text!r} of the AIM client, which has done {self._log}")
 
     async def signs_on(self, way):
         """Waits until it has started, and has signed on this way; gives the process."""
         process = await self.does("has started")
         for line in (f"signs on {way}", f"is signed on as {SCREEN_NAME}"):
             if await self.does(line) != process:
-                raise AssertionError(f"two AIM clients: {self.log()}")
+                raise AssertionError(f"two AIM clients: {self._log}")
         return process
+
+    async def _attend(self):
+        """Signs on for each process that says it does."""
+        while True:
+            for line in self._file.read_text(encoding="ascii").splitlines()[self._taken:] if self._file.exists() else []:
+                self._taken += 1
+                process, text = line.split(" ", 1)
+                self._log.append((process, text))
+                if text.startswith("signs on "):
+                    await self._sign_on(process, text.split()[-1])
+            await asyncio.sleep(0.02)
+
+    async def _sign_on(self, process, way):
+        host, _, port = way.partition(":")
+        if self._client:
+            await self._client.close()
+        client = self._client = Client(SCREEN_NAME, self._service, (host, int(port)) if port else None)
+        try:
+            await client.sign_on(services=())
+        except (OSError, EOFError, LookupError, WireFault) as error:
+            return self._log.append((process, f"cannot sign on: {error!r}"))
+        self._log.append((process, f"is signed on as {client.name}"))
+        client.bos.when_ended(lambda: self._log.append((process, "has lost its connection")))

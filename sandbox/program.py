@@ -1,5 +1,6 @@
 """The program as its user changes it while it runs: its settings and its alias list."""
 import os
+import socket
 import subprocess
 import tempfile
 from pathlib import Path
@@ -33,6 +34,31 @@ def end_wine():
     though its program was killed: Wine's server can keep the sockets of a killed process that was waiting for them."""
     subprocess.run(["wineserver", "-k"], timeout=PATIENCE, check=False)
     subprocess.run(["wineserver", "-w"], timeout=PATIENCE, check=False)
+
+
+def wine_state():
+    """What can be told of the environment's display and Wine prefix, as lines: whether they answer, and what runs there."""
+    def tell(what, path):
+        with socket.socket(socket.AF_UNIX) as probe:
+            probe.settimeout(PATIENCE)
+            try:
+                probe.connect(path)
+                return f"{what} answers"
+            except OSError as error:
+                return f"{what} does not answer: {error}"
+
+    def running():
+        for process in Path("/proc").glob("[0-9]*"):
+            try:
+                if f"WINEPREFIX={prefix}".encode() in (process / "environ").read_bytes().split(b"\0"):
+                    yield f"{process.name} " + (process / "cmdline").read_bytes().replace(b"\0", b" ").decode(errors="replace")
+            except OSError:
+                pass  # it has just ended
+    prefix, display = os.environ.get("WINEPREFIX", ""), os.environ.get("DISPLAY", "")
+    place = os.stat(prefix)
+    servers = Path("/tmp").glob(f"*wine-*/server-{place.st_dev:x}-{place.st_ino:x}/socket")
+    return [tell(f"the display {display}", f"/tmp/.X11-unix/X{display.lstrip(':').split('.')[0]}"),
+            *(tell("the wineserver", str(server)) for server in servers), f"with the prefix {prefix} run:", *running()]
 
 
 class RelaySettings:

@@ -16,7 +16,9 @@ from .wire import parse_tlvs, same_name, snac, tlv
 
 COOKIE_SIZE = 256
 BOS = 0  # the family that stands for the BOS connection in a cookie
-FAMILIES = (0x01, 0x02, 0x03, 0x04, 0x09)
+TEXT_TYPE = b'text/aolrtf; charset="us-ascii"'
+FAMILIES = (0x01, 0x02, 0x03, 0x04, 0x09, 0x13)
+CHAT = 0x0E  # the family of a chat room's connections
 
 
 @dataclass
@@ -37,6 +39,7 @@ class User:
         self.name = connection.name
         self.since = int(time.time())
         self.profile = self.away = b""
+        self.profile_type = self.away_type = TEXT_TYPE
         self.idle = 0
         self.buddies = []
         self.ready = False
@@ -99,11 +102,15 @@ class Connection:
         if cookie is None:
             return  # the authorisation connection goes on with SNACs
         self.name, family = self.service.cookies.pop(cookie)
+        if family == BOS and self.service.ends_sessions:
+            return await self.stream.close()
         if family == BOS:
             self.kind = "bos"
             await self.service.sign_on(self)
         else:
             self.kind = f"service {family:02X}"
+            if family == CHAT:
+                self.service.room.add(self)
         families = FAMILIES if family == BOS else (1, family)
         await self.send_snac(1, 3, struct.pack(f">{len(families)}H", *families))
 
@@ -114,9 +121,10 @@ class Connection:
 
     async def on_17_02(self, data, request):
         self.name = parse_tlvs(data)[1].decode("latin-1")
-        cookie = self.service.new_cookie(self.name, BOS)
-        address = f"{self.service.host}:{self.service.port}".encode()
         name = tlv(1, self.name.encode("latin-1"))
+        if self.service.login_error:
+            return await self.send_snac(0x17, 3, name + tlv(8, struct.pack(">H", self.service.login_error)), request)
+        cookie, address = self.service.new_cookie(self.name, BOS), self.service.advertised_address()
         await self.send_snac(0x17, 3, name + tlv(5, address) + tlv(6, cookie) + tlv(0x11, b"a@example.com"), request)
 
     async def on_01_17(self, data, request):
@@ -138,11 +146,14 @@ class Connection:
         if self.user:
             self.user.ready = True
             await self.service.announce(self.user)
+        elif self.kind == f"service {CHAT:02X}":
+            room = struct.pack(">H", 4) + wire.pack_name("!aol://2719:10-4-poets") + struct.pack(">HBH", 0, 2, 1)
+            await self.send_snac(CHAT, 2, room + tlv(0xD3, b"Poets"))
 
     async def on_01_04(self, data, request):
         family = struct.unpack(">H", data[:2])[0]
         cookie = self.service.new_cookie(self.name, family)
-        address = f"{self.service.host}:{self.service.port}".encode()
+        address = self.service.advertised_address()
         await self.send_snac(1, 5, tlv(0xD, data[:2]) + tlv(5, address) + tlv(6, cookie), request)
 
     async def on_01_11(self, data, _request):
@@ -153,6 +164,8 @@ class Connection:
 
     async def on_02_04(self, data, _request):
         tlvs = parse_tlvs(data)
+        self.user.profile_type = tlvs.get(1, self.user.profile_type)
+        self.user.away_type = tlvs.get(3, self.user.away_type)
         self.user.profile = tlvs.get(2, self.user.profile)
         self.user.away = tlvs.get(4, self.user.away)
 
@@ -168,12 +181,11 @@ class Connection:
         user = self.service.user(wire.parse_name(name)[0])
         if not user:
             return await self.send_snac(2, 1, struct.pack(">H", 4), request)
-        mime = b'text/aolrtf; charset="us-ascii"'
         reply = user.info()
         if wants & 1:
-            reply += tlv(1, mime) + tlv(2, user.profile)
+            reply += tlv(1, user.profile_type) + tlv(2, user.profile)
         if wants & 2:
-            reply += tlv(3, mime) + tlv(4, user.away)
+            reply += tlv(3, user.away_type) + tlv(4, user.away)
         await self.send_snac(2, 6, reply, request)
 
     async def on_03_02(self, _data, request):
@@ -194,19 +206,83 @@ class Connection:
         cookie_and_channel = data[:10]
         name, rest = wire.parse_name(data[10:])
         tlvs = parse_tlvs(rest)
-        receiver = self.service.user(name)
-        if not receiver:
+        if 2 in tlvs:
+            wire.parse_message(tlvs[2])
+        if 5 in tlvs:
+            wire.parse_rendezvous(tlvs[5])
+        receiver, keeps = self.service.user(name), self.service.keeps and 6 in tlvs
+        if not receiver and not keeps:
             return await self.send_snac(4, 1, struct.pack(">H", 4), request)
         automatic = tlv(4) if 4 in tlvs else b""
-        message = cookie_and_channel + self.user.info() + tlv(2, tlvs[2]) + automatic
-        await receiver.connection.send_snac(4, 7, message)
+        contents = b"".join(tlv(kind, tlvs[kind]) for kind in (2, 5) if kind in tlvs)
+        message = cookie_and_channel + self.user.info() + contents + automatic
+        if receiver:
+            await receiver.connection.send_snac(4, 7, message)
+        else:
+            self.service.stored.setdefault(self.service.key(name), []).append((message, int(time.time())))
         if 3 in tlvs:
             await self.send_snac(4, 0xC, cookie_and_channel + wire.pack_name(name), request)
+        if self.service.parts:
+            await self.stream.close()
+
+    async def on_04_10(self, _data, request):
+        """What waits for the user, each message with the time at which it was sent."""
+        for message, sent in self.service.stored.pop(self.service.key(self.name), []):
+            await self.send_snac(4, 7, message + tlv(0x16, struct.pack(">I", sent)))
+        await self.send_snac(4, 0x17, b"", request)
 
     async def on_09_02(self, _data, request):
         await self.send_snac(9, 3, tlv(1, struct.pack(">H", 200)), request)
 
+    async def on_0E_05(self, data, _request):
+        """What is said in the room, of which there is one, goes to everybody in it, back to the speaker when asked to."""
+        said = parse_tlvs(data[10:])
+        parse_tlvs(said[5])[1]  # the text must be there
+        message = data[:10] + tlv(3, self.service.user(self.name).info()) + tlv(1) + tlv(5, said[5])
+        for line in list(self.service.room):
+            if line is not self or 6 in said:
+                await line.send_snac(CHAT, 6, message)
+
+    async def on_13_04(self, _data, request):
+        """The whole list, in several frames when it is long, the time of its last change behind each."""
+        items = [wire.pack_item(name, wire.pack_tlvs(tlvs), *place) for (name, *place), tlvs in self._list().items()]
+        size = self.service.items_in_frame
+        for at in range(0, max(len(items), 1), size):
+            part = items[at:at + size]
+            data = struct.pack(">BH", 0, len(part)) + b"".join(part) + struct.pack(">I", 1)
+            await self.send(wire.DATA, snac(0x13, 6, data, request, int(at + size < len(items))))
+
+    async def on_13_08(self, data, request):
+        """Items that a client adds to its list: 0 for one that is taken, 3 for one that is there already."""
+        codes = b""
+        for name, group, number, kind, tlvs in wire.parse_items(data):
+            taken = any(other[1:3] == (group, number) or (other[3] == kind and wire.same_name(other[0], name))
+                        for other in self._list())
+            if not taken:
+                self._list()[name, group, number, kind] = tlvs
+            codes += struct.pack(">H", 3 if taken else 0)
+        await self.send_snac(0x13, 0xE, codes, request)
+
+    async def on_13_09(self, data, request):
+        """Items that a client changes: 2 for one that is not there."""
+        codes = b""
+        for name, group, number, kind, tlvs in wire.parse_items(data):
+            known = (name, group, number, kind) in self._list()
+            if known:
+                self._list()[name, group, number, kind] = tlvs
+            codes += struct.pack(">H", 0 if known else 2)
+        await self.send_snac(0x13, 0xE, codes, request)
+
+    async def on_13_11(self, _data, _request):
+        pass
+
+    on_13_12 = on_13_11
+
+    def _list(self):
+        return self.service.lists.setdefault(self.service.key(self.name), {})
+
     async def _leave(self):
+        self.service.room.discard(self)
         if self.user and self.service.users.get(self.service.key(self.name)) is self.user:
             await self.service.sign_off(self.user)
         await self.stream.close()
@@ -217,11 +293,21 @@ class Connection:
 
 class Service:
     """`first_seq` is the number of the first frame on every connection; `pause` (seconds) lies between the
-    pieces of each frame. `on_event` sees every event as it happens."""
+    pieces of each frame. `on_event` sees every event as it happens.
+    A service that `keeps` stores messages for whoever is off line, when asked to (TLV 6); one that `parts` ends a
+    connection as soon as it has accepted a message.
 
-    def __init__(self, host="127.0.0.1", first_seq=100, pause=0.0, on_event=None):
+    It misbehaves on request: `advertised` is the host that it sends clients to instead of its own, `login_error` the
+    number with which it refuses everybody, and with `ends_sessions` it ends each session before it has begun."""
+
+    def __init__(self, host="127.0.0.1", first_seq=100, pause=0.0, on_event=None, keeps=True, parts=False,
+                 advertised=None, login_error=0, ends_sessions=False):
         self.host, self.port = host, 0
-        self.users, self.cookies = {}, {}
+        self.advertised, self.login_error, self.ends_sessions = advertised, login_error, ends_sessions
+        self.given = []  # all cookies
+        self.users, self.cookies, self.room = {}, {}, set()
+        self.lists, self.items_in_frame = {}, 100  # lists: {(name, group, number, kind): {type: value}} by screen name
+        self.keeps, self.parts, self.stored = keeps, parts, {}  # stored: [(message, seconds since 1970)] by receiver
         self.events = Record()
         self._first_seq, self._pause, self._on_event = first_seq, pause, on_event
         self._server, self._tasks = None, set()
@@ -263,7 +349,11 @@ class Service:
         raw = wire.pack_name(name)
         cookie = raw + os.urandom(COOKIE_SIZE - len(raw))
         self.cookies[cookie] = name, family
+        self.given.append(cookie)
         return cookie
+
+    def advertised_address(self):
+        return f"{self.advertised or self.host}:{self.port}".encode()
 
     async def sign_on(self, connection):
         elsewhere = self.user(connection.name)

@@ -94,7 +94,7 @@ class Show:
             self.say(f"{heard_as}: {text}")
         for name in sorted(os.listdir(self._logs)):
             self.say(f"logs/{name}:")
-            with open(os.path.join(self._logs, name), encoding="cp1252") as file:
+            with open(os.path.join(self._logs, name), encoding="utf-8", errors="replace") as file:
                 for line in file:
                     self._write("    " + line.rstrip())
 

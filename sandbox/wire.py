@@ -33,6 +33,11 @@ class Frame:
         return struct.unpack_from(">HH", self.payload)
 
     @property
+    def has_more(self):
+        """Whether another SNAC of the same answer follows."""
+        return self.payload[5] & 1
+
+    @property
     def request(self):
         return struct.unpack_from(">I", self.payload, 6)[0]
 
@@ -41,8 +46,8 @@ class Frame:
         return self.payload[10:]
 
 
-def snac(family, subtype, data=b"", request=0):
-    return struct.pack(">HHHI", family, subtype, 0, request) + data
+def snac(family, subtype, data=b"", request=0, flags=0):
+    return struct.pack(">HHHI", family, subtype, flags, request) + data
 
 
 def tlv(kind, value=b""):
@@ -61,6 +66,10 @@ def parse_tlvs(data):
         found.setdefault(kind, data[4:4 + length])
         data = data[4 + length:]
     return found
+
+
+def pack_tlvs(tlvs):
+    return b"".join(tlv(kind, value) for kind, value in tlvs.items())
 
 
 def pack_name(name):
@@ -84,9 +93,30 @@ def parse_user_info(data):
     info = {}
     for _ in range(count):
         kind, length = struct.unpack_from(">HH", rest)
+        if len(rest) < 4 + length:
+            raise WireFault(f"TLV {kind:#x} about a user is shorter than the {length} bytes it announces")
         info[kind] = rest[4:4 + length]
         rest = rest[4 + length:]
     return name, info, rest
+
+
+def parse_items(data):
+    """The items of a buddy list as [(name, group, number, class, {type: value})], each by its lengths."""
+    items = []
+    while data:
+        size = struct.unpack_from(">H", data)[0]
+        name, rest = data[2:2 + size], data[2 + size:]
+        group, number, kind, length = struct.unpack_from(">HHHH", rest)
+        if len(rest) < 8 + length:
+            raise WireFault(f"an item of the list is shorter than the {length} bytes it announces")
+        items.append((name.decode("latin-1"), group, number, kind, parse_tlvs(rest[8:8 + length])))
+        data = rest[8 + length:]
+    return items
+
+
+def pack_item(name, tlvs=b"", group=1, number=1, kind=0):
+    raw = name.encode("latin-1")
+    return struct.pack(">H", len(raw)) + raw + struct.pack(">HHHH", group, number, kind, len(tlvs)) + tlvs
 
 
 def same_name(a, b):
@@ -108,11 +138,20 @@ def parse_message(value):
     """The text of an IM's TLV 2."""
     while value:
         kind, _version, length = struct.unpack_from(">BBH", value)
+        if len(value) < 4 + length:
+            raise WireFault(f"a fragment of a message is shorter than the {length} bytes it announces")
         body, value = value[4:4 + length], value[4 + length:]
         if kind == 1:
             charset = struct.unpack_from(">H", body)[0]
             return body[4:].decode({0: "ascii", 2: "utf-16-be", 3: "latin-1"}[charset])
     return ""
+
+
+def parse_rendezvous(value):
+    """The TLVs of what TLV 5 of an IM proposes, behind step (2), cookie (8) and capability (16)."""
+    if len(value) < 26:
+        raise WireFault(f"a rendezvous of {len(value)} bytes")
+    return parse_tlvs(value[26:])
 
 
 class FrameStream:

@@ -12,7 +12,7 @@ import sys
 from pathlib import Path
 
 OBJDUMP = "x86_64-w64-mingw32-objdump"  # reads 32-bit programs too
-MOST_BYTES = 1024 * 1024
+MOST_BYTES = 3 * 512 * 1024
 XP = (5, 1)
 
 # Every one of them is part of Windows XP and not of something installed later.

@@ -1,7 +1,7 @@
 """The import check finds what it is for; a check that cannot fail would be worse than none."""
 import unittest
 
-from check_imports import faults
+from check_imports import MOST_BYTES, faults
 
 CLEAN = """\
 program.exe:     file format pei-i386
@@ -60,8 +60,8 @@ FAULTS = [
 
 class ImportCheck(unittest.TestCase):
     def test_passes_what_windows_xp_can_start(self):
-        self.assertEqual(list(faults(CLEAN, 1024 * 1024)), [])
-        self.assertEqual(list(faults(CLEAN_64, 3 * 1024 * 1024)), [])
+        self.assertEqual(list(faults(CLEAN, MOST_BYTES)), [])
+        self.assertEqual(list(faults(CLEAN_64, 2 * MOST_BYTES)), [])
 
     def test_finds_each_fault(self):
         for good, bad in FAULTS:
@@ -73,7 +73,7 @@ class ImportCheck(unittest.TestCase):
         self.assertEqual(len(list(faults(CLEAN_64.replace("HIGH_ENTROPY_VA", ""), 1000))), 1)
 
     def test_finds_a_32_bit_program_that_is_too_large(self):
-        self.assertEqual(len(list(faults(CLEAN, 1024 * 1024 + 1))), 1)
+        self.assertEqual(len(list(faults(CLEAN, MOST_BYTES + 1))), 1)
 
 
 if __name__ == "__main__":

@@ -1,15 +1,15 @@
-"""Runs suites of Python tests, so that none hangs and none spoils the next, and leaves the counts where ./test finds them.
+"""Runs suites of Python tests, so that none hangs and none spoils the next, and leaves a report where ./test finds it.
 
 A test case may have two methods for this: state() tells of the program under test when the test has failed, and discard()
 ends that program, so that the next test begins with a new one.
 """
 import asyncio
-import json
 import os
 import signal
 import sys
 import traceback
 import unittest
+import xml.etree.ElementTree as ElementTree
 
 SLACK = 90  # seconds beyond a test's own bound, for what stands around its body
 
@@ -41,6 +41,7 @@ class Result(unittest.TextTestResult):
     def __init__(self, *arguments):
         super().__init__(*arguments)
         self.at_the_end = lambda: None
+        self.begun = []  # names, in their order
         self._test, self._failed = None, False
         for number in (signal.SIGALRM, signal.SIGTERM, signal.SIGINT):
             signal.signal(number, self._give_up)
@@ -48,6 +49,7 @@ class Result(unittest.TextTestResult):
     def startTest(self, test):
         super().startTest(test)
         self._test, self._failed = test, False
+        self.begun.append(name_of(test))
         signal.alarm(getattr(test, "LONGEST", BoundedTest.LONGEST) + SLACK)
 
     def stopTest(self, test):
@@ -101,23 +103,36 @@ def load(modules, words=()):
     return unittest.TestSuite(loader.loadTestsFromModule(module) for module in modules)
 
 
+def name_of(test):
+    """Without the names of the packages."""
+    return getattr(test, "test_case", test).id().split(".", 2)[-1]
+
+
+def write_report(path, names, failed, skipped):
+    suite = ElementTree.Element("testsuite")
+    for name in names:
+        case = ElementTree.SubElement(suite, "testcase", name=name)
+        if name in failed or name in skipped:
+            ElementTree.SubElement(case, "failure" if name in failed else "skipped")
+    ElementTree.ElementTree(suite).write(path)
+
+
 def run(title, suite, path=None, clean_up=lambda: None):
-    """Runs the suite, cleans up however it ends, and gives an exit status. The counts go to the file, if one is named, as
-    {"passed": n, "failed": [names], "skipped": n}."""
+    """Runs the suite, cleans up however it ends, and gives an exit status. If a file is named, it gets a report (JUnit)."""
     planned = suite.countTestCases()
 
     def sum_up(result):
         clean_up()
-        cases = [getattr(case, "test_case", case) for case, _ in result.failures + result.errors]
-        failed = sorted({case.id().split(".", 2)[-1] for case in cases})  # without the names of the packages
-        skipped = len(result.skipped)
-        passed = result.testsRun - len(failed) - skipped
+        failed = {name_of(case) for case, _ in result.failures + result.errors}
+        skipped = {name_of(case) for case, _ in result.skipped} - failed
+        names = list(dict.fromkeys([*result.begun, *failed]))  # a class that cannot be set up has not begun
         if result.testsRun < planned:
-            failed.append(f"{planned - result.testsRun} tests were not run")
+            failed.add(f"{planned - result.testsRun} tests were not run")
+            names.append(*failed.difference(names))
         if path:
-            with open(path, "w", encoding="utf-8") as file:
-                json.dump({"passed": passed, "failed": failed, "skipped": skipped}, file)
-        print(f"{title}: {passed} passed, {len(failed)} failed, {skipped} skipped", flush=True)
+            write_report(path, names, failed, skipped)
+        passed = len(names) - len(failed) - len(skipped)
+        print(f"{title}: {passed} passed, {len(failed)} failed, {len(skipped)} skipped", flush=True)
         return 1 if failed or passed == 0 else 0
 
     def watched(*arguments):

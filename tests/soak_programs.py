@@ -66,9 +66,9 @@ class SoakedRelay(Soaked):
 
 class SoakedExe(Soaked):
     # A dialog: its place in the tray menu as keys, title, what is typed, the button that is pushed.
-    DIALOGS = (("DDDRE", "Set Away Message", "gone <i>fishing</i>", "Away!"), ("DDDRDE", "Remove Away Message", None, "Back!"),
-               ("DDDDRE", "Set Idle Time", "5", "Idle"), ("DDDDRDE", "Unidle", None, "Back!"),
-               ("DDE", "Edit Profile", "p" * 300, "Save"), ("DDE", "Edit Profile", "nothing", "Cancel"))
+    DIALOGS = (("DDDDRE", "Set Away Message", "gone <i>fishing</i>", "Away!"), ("DDDDRDE", "Remove Away Message", None, "Back!"),
+               ("DDDDDRE", "Set Idle Time", "5", "Idle"), ("DDDDDRDE", "Unidle", None, "Back!"),
+               ("DDDE", "Edit Profile", "p" * 300, "Save"), ("DDDE", "Edit Profile", "nothing", "Cancel"))
     FIRST_ROUNDS = 4 * len(DIALOGS)  # GDI objects come in threes at first, to 197, and stay there for 200 rounds
 
     def __init__(self, path):

@@ -18,8 +18,25 @@ need() {
         root=(sudo)
     fi
     echo "Installing: ${missing[*]}"
-    "${root[@]}" apt-get update -q
-    "${root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends "${missing[@]}"
+    apt_get update && apt_get install -y --no-install-recommends "${missing[@]}"
+}
+
+# Another program may hold one of the package locks, often a new machine that brings itself up to date: it is waited for.
+# (apt-get's own waiting knows only one of the three locks.)
+apt_get() {
+    local errors status limit=$((SECONDS + 900)) told=
+    errors=$(mktemp)
+    while status=0; do
+        "${root[@]}" env LC_ALL=C DEBIAN_FRONTEND=noninteractive apt-get -q "$@" 2>"$errors" || status=$?
+        cat "$errors" >&2
+        { [ $status -ne 0 ] && grep -qE 'Could not get lock|Unable to (lock|acquire)' "$errors"; } || break
+        [ $SECONDS -lt $limit ] || { echo "The package lock is still held after 15 minutes." >&2; break; }
+        [ -n "$told" ] || echo "Another program holds the package lock; waiting for it." >&2
+        told=yes
+        sleep 3
+    done
+    rm -f "$errors"
+    return $status
 }
 
 # What configuring any preset takes: the tests are part of every build tree.

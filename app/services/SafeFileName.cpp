@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <array>
 
-#include "core/modTools.h"
+#include "base/Text.h"
 
 namespace {
 
-constexpr std::size_t kLongestName = 64;
+constexpr std::size_t kMaxName = 64;
 
 bool IsForbidden(char c) {
     const auto byte = static_cast<unsigned char>(c);
@@ -21,9 +21,7 @@ bool IsDevice(std::string_view name) {
                                                           "conin$", "conout$", "clock$"};
     constexpr std::string_view kPortDigits = "123456789\xB9\xB2\xB3";
 
-    std::string base(name.substr(0, name.find('.')));
-    base.erase(base.find_last_not_of(' ') + 1);
-    std::transform(base.begin(), base.end(), base.begin(), LowerAscii);
+    const auto base = LowerCase(TrimEnd(name.substr(0, name.find('.')), " "));
     if (std::find(kDevices.begin(), kDevices.end(), base) != kDevices.end()) return true;
     const auto port = std::string_view(base).substr(0, 3);
     return base.size() == 4 && (port == "com" || port == "lpt") &&
@@ -33,7 +31,7 @@ bool IsDevice(std::string_view name) {
 }  // namespace
 
 std::string SafeFileName(std::string_view name) {
-    std::string safe(name.substr(0, kLongestName));
+    std::string safe(name.substr(0, kMaxName));
     std::replace_if(safe.begin(), safe.end(), IsForbidden, '_');
     const auto tail = safe.find_last_not_of(". ") + 1;
     std::replace(safe.begin() + static_cast<std::ptrdiff_t>(tail), safe.end(), '.', '_');

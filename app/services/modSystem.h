@@ -1,38 +1,25 @@
-// modSystem: control of the AIM client, and closing what Wrenlow itself has open. (Start-up and shut-down of
-// the program stand in app/shell/StartUp; they share this module's name because they are one module to the
-// user who reads an error's location tag.)
+// modSystem: closing what Wrenlow itself has open, and the AIM client's folders. What asks the user and
+// touches the running client stands in app/windows/AimClient.h, the order of start and end in
+// app/shell/StartUp.h; all are one module to the user who reads an error's location tag.
 #pragma once
 
 #include <string>
 
+#include "os/Path.h"
+
 namespace modSystem {
 
-// Closes every connection of the table and deletes the AIM client's cached user information of each name.
+// Closes every connection of the table and deletes the AIM client's cached user information of each name,
+// which is tried once for a name.
 void CloseAllConnections();
 
 // The AIM client's folder for a screen name: below APPDATA, or in one of two places below the Windows folder,
-// whichever exists first. "" when none exists or the name is empty.
-std::string GetSNPath(const std::string& screenName);
+// whichever exists first. Empty when none exists or the name is empty, and where there is no Windows.
+os::Path GetSNPath(const std::string& screenName);
 
 // Deletes the client's cached user information ("userinfo.bag") of the screen name, a read-only one too. For
-// a name without a folder that is the file at the root of the current drive, as it has always been; an empty
-// name touches no file.
+// a name without a folder that is the file at the root of the current drive, as it has always been. An empty
+// name touches no file, and where there is no Windows nothing is touched at all.
 void DeleteUserinfoBag(const std::string& screenName);
-
-// Points the AIM client's proxy settings at us, if the setting "setupaim" is "1" or bForce is set and they
-// are not already; a running client is restarted after asking. Windows only, as everything below.
-void SetupAim(bool bForce);
-
-// Switches the client's proxy off again, if "revertsettings" is "1" or bForce is set, and restarts it. With
-// bWriteOnly the client is left alone and nothing is asked: for the end of a Windows session and for
-// "Panic!".
-void RevertSettings(bool bForce, bool bWriteOnly = false);
-
-// Closes all connections, ends the AIM client and, unless bNoRestart, opens it again. Asks and tells the user
-// at each step unless bSilent.
-void RestartAIM(bool bNoRestart, bool bSilent);
-
-// The message that explains a missing sign-on; without its text if bNoText.
-void doErr(bool bNoText);
 
 }  // namespace modSystem

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "os/Foreground.h"
-#include "os/Shell.h"
+#include "os/desktop/Foreground.h"
+#include "os/desktop/Shell.h"
 
 namespace {
 
@@ -50,10 +50,10 @@ fSysTrayIconMenu::~fSysTrayIconMenu() {
 
 void fSysTrayIconMenu::Initialise(os::WindowHandle hWndOwner) {
     owner_ = hWndOwner;
-    record_.id = static_cast<std::uint32_t>(window_.OwnIcon());  // handles have 32 significant bits
+    record_.id = kIconId;
     record_.flags = kRecordFlags;
     record_.callbackMessage = kCallbackMessage;
-    record_.icon = window_.OwnIcon();
+    ChooseIcon();
     SetTip(record_, os::ProgramDescription());
 
     window_.Callback.Bind<&fSysTrayIconMenu::window_Callback>(*this);
@@ -70,8 +70,13 @@ void fSysTrayIconMenu::ToolTip(const std::string& text) {
 }
 
 void fSysTrayIconMenu::IconHandle(os::IconHandle icon) {
-    record_.icon = icon;
+    givenIcon_ = icon;
+    ChooseIcon();
     window_.Modify(record_);
+}
+
+void fSysTrayIconMenu::ChooseIcon() {
+    record_.icon = givenIcon_ != 0 ? givenIcon_ : window_.OwnIcon();
 }
 
 std::int32_t fSysTrayIconMenu::AddMenuItem(const std::string& sCaption, const std::string& sKey,
@@ -125,6 +130,7 @@ void fSysTrayIconMenu::window_Callback(std::uint32_t message) {
 
 void fSysTrayIconMenu::window_TaskbarCreated() {
     retriesLeft_ = kRetries;
+    ChooseIcon();  // the scale of the screen may be another
     AddIcon();
 }
 

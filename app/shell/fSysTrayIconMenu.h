@@ -9,9 +9,9 @@
 #include <string>
 
 #include "base/Event.h"
-#include "os/EventLoop.h"
-#include "os/Tray.h"
-#include "os/WindowHandle.h"
+#include "net/EventLoop.h"
+#include "os/desktop/Tray.h"
+#include "os/desktop/WindowHandle.h"
 #include "ui/popupmenu/cPopupMenu.h"
 
 class fSysTrayIconMenu {
@@ -24,6 +24,9 @@ class fSysTrayIconMenu {
     // An entry was chosen; the menu has closed. The handler may destroy the host.
     Event<std::int32_t, const std::string&> MenuClick;
 
+    // The icon's identifier, the same at every start: by program and identifier the system remembers whether
+    // the user wants to see the icon always.
+    static constexpr std::uint32_t kIconId = 1;
     // The flags that the record carries: message (1), icon (2), tip (4), and 0x10, which says nothing in a
     // record of the first form.
     static constexpr std::uint32_t kRecordFlags = 0x17;
@@ -51,9 +54,10 @@ class fSysTrayIconMenu {
     // At most 63 characters are shown.
     void ToolTip(const std::string& text);
     os::IconHandle IconHandle() const { return record_.icon; }
+    // Another icon than the window's own; 0 for that one again.
     void IconHandle(os::IconHandle icon);
     // The icons of the menu; must outlive the host.
-    void ImageList(const ::ImageList* images) { menu_.ImageList(images); }
+    void ImageList(::ImageList* images) { menu_.ImageList(images); }
     cPopupMenu& PopupMenuObject() { return menu_; }
 
     // As the menu's own operations, which say more (ui/popupmenu/cPopupMenu.h).
@@ -80,11 +84,13 @@ class fSysTrayIconMenu {
     void window_TaskbarCreated();
     void retry_Tick();
     void AddIcon();
+    void ChooseIcon();
 
     os::TrayWindow window_;
-    os::Timer retry_;
+    net::Timer retry_;
     int retriesLeft_ = 0;
     os::TrayRecord record_;
+    os::IconHandle givenIcon_ = 0;
     os::WindowHandle owner_ = 0;
     cPopupMenu menu_;
     struct OpenMenu;

@@ -2,22 +2,27 @@
 
 #include <algorithm>
 #include <iterator>
+#include <set>
 
-#include "app/services/SharedForm.h"
 #include "app/shell/resources.h"
+#include "app/windows/AimClient.h"
+#include "app/windows/SharedForm.h"
 #include "base/Maker.h"
 #include "base/Trap.h"
 #include "base/Version.h"
+#include "core/modSocket.h"
+#include "core/modTools.h"
 #include "desktop/frmBug.h"
 #include "desktop/frmSettings.h"
-#include "features/frmAway.h"
-#include "features/frmIdle.h"
-#include "features/frmProfile.h"
-#include "features/frmSNReplacer.h"
-#include "features/frmUnAway.h"
-#include "features/frmUnIdle.h"
-#include "os/MessageBox.h"
-#include "os/Shell.h"
+#include "desktop/frmWrenlow.h"
+#include "features/Overview.h"
+#include "features/dialogs/RemoveForm.h"
+#include "features/dialogs/frmAway.h"
+#include "features/dialogs/frmIdle.h"
+#include "features/dialogs/frmProfile.h"
+#include "features/dialogs/frmSNReplacer.h"
+#include "os/desktop/MessageBox.h"
+#include "os/desktop/Shell.h"
 
 namespace modMenu {
 namespace {
@@ -43,6 +48,8 @@ struct MenuRow {
 
 // clang-format off
 constexpr MenuRow kTrayMenu[] = {
+    {"Open Wrenlow",           kOpenKey},
+    {"-"},
     {"Screenname Replacer...", "snreplace",   "",          8},
     {"-"},
     {"Edit Profile...",        "editprofile", "",          9},
@@ -62,6 +69,8 @@ constexpr MenuRow kTrayMenu[] = {
 };
 // clang-format on
 
+constexpr std::size_t kMaxTipBytes = os::kTrayTipLength - 1;
+
 os::WindowHandle mainWindow = 0;
 
 void ShowAbout() {
@@ -76,18 +85,19 @@ struct Command {
 
 // The keys "trans" and "hotkey" are known to do nothing, like any that is not listed.
 constexpr Command kCommands[] = {
+    {kOpenKey, [] { SharedForm<frmWrenlow>().Start(); }},
     {"snreplace", [] { SharedForm<frmSNReplacer>().Start(); }},
     {"editprofile", [] { SharedForm<frmProfile>().Start(); }},
     {"setaway", [] { SharedForm<frmAway>().Start(); }},
     {"setback", [] { SharedForm<frmUnAway>().Start(); }},
     {"setidle", [] { SharedForm<frmIdle>().Start(); }},
     {"noidle", [] { SharedForm<frmUnIdle>().Start(); }},
-    {"settings", [] { SharedForm<frmSettings>().Start(false); }},
+    {"settings", [] { SharedForm<frmSettings>().Start(); }},
     {"bug", [] { SharedForm<frmBug>().Start(); }},  // by key only: no entry of the menu has it
     {"news", [] { OpenMakerPage(Maker::kHomePage, "home page"); }},
     {"forum", [] { OpenMakerPage(Maker::kForumPage, "forum"); }},
     {"about", ShowAbout},
-    {"close", [] { CloseChosen()(); }},
+    {"close", [] { modSystem::EndRequest(true); }},
 };
 
 }  // namespace
@@ -96,38 +106,48 @@ void LoadMenuIcons(ImageList& images) {
     for (const auto& icon : kMenuIcons) images.Add(icon.index, icon.resource);
 }
 
-std::unique_ptr<fSysTrayIconMenu> BuildTrayMenu(os::WindowHandle hWnd, os::IconHandle icon,
-                                                const ImageList& images) {
+std::unique_ptr<fSysTrayIconMenu> BuildTrayMenu(os::WindowHandle hWnd, ImageList& images) {
     mainWindow = hWnd;
     auto host = std::make_unique<fSysTrayIconMenu>();
     host->Initialise(hWnd);
     host->ImageList(&images);
-    if (icon != 0) host->IconHandle(icon);
     for (const auto& row : kTrayMenu) {
         const auto parent = *row.parent != '\0' ? host->PopupMenuObject().IndexForKey(row.parent) : 0;
-        host->AddMenuItem(row.caption, row.key, false, 0, parent, row.icon);
+        host->AddMenuItem(row.caption, row.key, std::string_view(row.key) == kOpenKey, 0, parent, row.icon);
     }
     host->ToolTip(os::kApplicationTitle);
     return host;
+}
+
+std::string TipText() {
+    std::string text = os::kApplicationTitle;
+    if (const auto* const overview = Overview::Current()) {
+        const auto verdict = overview->Verdict();
+        if (verdict.isTrouble) return text.append(" - ").append(verdict.tip).substr(0, kMaxTipBytes);
+    }
+    std::set<std::string> listed;
+    for (std::size_t slot = 0; slot < modSocket::SlotCount() && text.size() < kMaxTipBytes; ++slot) {
+        const auto* const connection = modSocket::Connection(slot);
+        const auto name = connection != nullptr ? connection->hasScreenName() : std::string();
+        if (name.empty() || !listed.insert(NormalizeScreenName(name)).second) continue;
+        text += (listed.size() == 1 ? " - " : ", ") + name;
+    }
+    text.resize(std::min(text.size(), kMaxTipBytes));
+    return text;
 }
 
 void DoMenuCommand(const std::string& sKey) {
     const auto* const command = std::find_if(std::begin(kCommands), std::end(kCommands),
                                              [&](const Command& row) { return row.key == sKey; });
     if (command == std::end(kCommands)) return;
+    const os::BoxesBefore cause(mainWindow);
     Trap("modMenu:DoMenuCommand", [&] { command->run(); });
-}
-
-Event<>& CloseChosen() {
-    static Event<> event;
-    return event;
 }
 
 std::string AboutText(std::string_view author, std::string_view homePage) {
     std::string text = "Wrenlow " WRENLOW_VERSION_TEXT "\r\nby ";
-    text += author.empty() ? "somebody whom this build does not name" : author;
-    text += "\r\n";
-    text += homePage.empty() ? "This build names no home page." : homePage;
+    text += author.empty() ? "the Wrenlow authors" : author;
+    if (!homePage.empty()) text.append("\r\n").append(homePage);
     return text;
 }
 

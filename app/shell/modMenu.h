@@ -6,9 +6,7 @@
 #include <string_view>
 
 #include "app/shell/fSysTrayIconMenu.h"
-#include "base/Event.h"
-#include "os/Icons.h"
-#include "os/WindowHandle.h"
+#include "os/desktop/WindowHandle.h"
 #include "ui/popupmenu/ImageList.h"
 
 namespace modMenu {
@@ -17,17 +15,20 @@ namespace modMenu {
 void LoadMenuIcons(ImageList& images);
 
 // Makes the tray host: its icon, its menu and its tooltip. The window is the main form's: it owns icon and
-// menu, and web pages are opened in its name. Without an icon of the form's (0) the host keeps its own, which
-// is the program's too. The images must outlive the host. The caller binds the host's notifications.
-std::unique_ptr<fSysTrayIconMenu> BuildTrayMenu(os::WindowHandle hWnd, os::IconHandle icon,
-                                                const ImageList& images);
+// menu, and web pages are opened in its name. The icon is the host's own, which is the program's too. The
+// images must outlive the host. The caller binds the host's notifications.
+std::unique_ptr<fSysTrayIconMenu> BuildTrayMenu(os::WindowHandle hWnd, ImageList& images);
+
+// The icon's tip: the program's name, and what is wrong with the last sign-on, or who is signed on as far as
+// there is room.
+std::string TipText();
+
+// The default entry, which a double click on the icon stands for.
+inline constexpr char kOpenKey[] = "open";
 
 // Carries out the command of a key. Keys are compared exactly; an unknown one does nothing. Failures are
 // reported under "modMenu:DoMenuCommand".
 void DoMenuCommand(const std::string& sKey);
-
-// "close" was chosen: the main form unloads itself, which ends the program.
-Event<>& CloseChosen();
 
 // The about box's three lines. An author or home page that the build does not name is told as such.
 std::string AboutText(std::string_view author, std::string_view homePage);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <thread>
 
 #include "bench/load/Client.h"
@@ -33,10 +34,10 @@ void MeasurePings(const std::string& name, int count, double seconds) {
         Report(name + ".cpu_s_per_1e6_frames", used * 1e6 / (2.0 * double(us.size())), "s");
 }
 
-// Other users: 100 connections that together send 5000 frames a second and get them echoed.
+// Users: `n` connections that together send so many frames a second and get them echoed.
 class Chatter {
  public:
-    explicit Chatter(int n) {
+    Chatter(int n, int framesASecond) : framesASecond_(framesASecond) {
         epoll_ = ::epoll_create1(EPOLL_CLOEXEC);
         for (int i = 0; i < n; ++i) {
             streams_.push_back(OpenConnection());
@@ -56,8 +57,15 @@ class Chatter {
         thread_.join();
         if (!error_.empty()) Fail("background connections: " + error_);
     }
+    // How many have come back, once it has stopped.
+    std::uint64_t Echoed() const {
+        std::uint64_t frames = 0;
+        for (const auto& stream : streams_) frames += stream->rxFrames;
+        return frames;
+    }
 
  private:
+    const int framesASecond_;
     int epoll_;
     std::vector<StreamPtr> streams_;
     std::thread thread_;
@@ -76,7 +84,7 @@ class Chatter {
                 if (s->peerClosed) Fail("closed by the proxy");
             }
             if (Now() - due > 1) due = Now();  // never more than a second of arrears
-            for (; due < Now(); due += 1.0 / 5000) {
+            for (; due < Now(); due += 1.0 / framesASecond_) {
                 Stream& s = *streams_[next++ % streams_.size()];
                 s.Queue(FrameMix()[next % FrameMix().size()]);
                 if (!s.Flush(MSG_DONTWAIT)) Fail("connection lost");
@@ -92,9 +100,21 @@ void LatencyAlone() {
 }
 
 void LatencyBusy() {
-    Chatter others(100);
+    Chatter others(100, 5000);
     MeasurePings("latency.busy", 20000, options.seconds);
     others.Stop();
+}
+
+void Pace(int framesASecond) {
+    Chatter users(10, framesASecond / 2);
+    CpuMeter cpu;
+    std::this_thread::sleep_for(std::chrono::duration<double>(options.seconds));
+    const double used = cpu.Used();
+    users.Stop();
+    const auto frames = 2.0 * double(users.Echoed());
+    const auto name = "pace." + std::to_string(framesASecond);
+    Report(name + ".frames_s", frames / options.seconds, "frames/s");
+    if (!options.proxyPids.empty()) Report(name + ".cpu_percent", used * 100 / options.seconds, "%");
 }
 
 }  // namespace bench

@@ -20,7 +20,7 @@ const char kUsage[] =
     "  --proxy HOST:PORT   proxy under test (IPv4); with --direct: a plain TCP relay to --listen\n"
     "  --proxy-pid A[,B]   its processes: CPU and memory are reported (children are added)\n"
     "  --listen PORT       port of the built-in server (default: a free one from 24000)\n"
-    "  --scenario A[,B]    throughput latency rate scale churn backpressure split (default: all)\n"
+    "  --scenario A[,B]    throughput latency pace rate scale churn backpressure split (default: all)\n"
     "  --seconds S         length of one run (default 1.5)\n"
     "  --payload N         streams of frames of one length (26 to 65535 bytes) instead of the mix\n"
     "  --text              printable bytes in these frames instead of any\n"

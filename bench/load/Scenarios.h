@@ -10,6 +10,8 @@ namespace bench {
 void Throughput(const std::string& name, Mode mode);
 void LatencyAlone();
 void LatencyBusy();
+// So many frames, half of them each way.
+void Pace(int framesASecond);
 void RateSequential();
 void RateConcurrent();
 void Scale();

@@ -4,9 +4,8 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
-#include "os/Dialog.h"
+#include "os/desktop/Dialog.h"
 
 namespace os::fake {
 
@@ -29,9 +28,23 @@ class DialogUser {
     void Press(ControlId control);
     // Replaces the text of a text box, as pasting over a marked text does.
     void Type(ControlId control, const std::string& text);
-    // Chooses an entry of a drop-down list, turns to a page, moves a slider.
+    // The same with a folder's name that no code page has whole; the control shows it all.
+    void TypeBeyondCodePage(ControlId control);
+    // Chooses an entry of a drop-down list or a row of a list view, turns to a page, moves a slider.
     void Choose(ControlId control, int position);
-    void SelectRows(ControlId control, const std::vector<int>& rows);
+    // Del while the list view has the focus.
+    void PressDelete(ControlId control);
+    // Scrolls a virtual list, as far as its end lets it, until the row is the first that is seen; and the
+    // first and the last that are seen whole.
+    void ScrollTo(ControlId list, int row);
+    int FirstSeen(ControlId list) const;
+    int LastSeen(ControlId list) const;
+    // Drags the window's edge until its inside has this size in dialog units, or its least size.
+    void Resize(int width, int height);
+    // Where a control is in the window, or on its page, in dialog units.
+    DialogRect PlaceOf(ControlId control) const;
+    // The marked part of a text.
+    std::string Marked(ControlId control) const;
     // Enter while the control has the focus; Esc, which is also what closing the window does.
     void PressEnter(ControlId control);
     void PressEscape();
@@ -39,6 +52,8 @@ class DialogUser {
     // Whether the control can be seen: shown, and on the current page if it lies on one.
     bool Sees(ControlId control) const;
     bool HasFocus(ControlId control) const;
+    // Whether the window has the keyboard.
+    bool IsActive() const;
 
  private:
     Dialog& dialog_;

@@ -8,8 +8,9 @@
 
 #include "base/RuntimeError.h"
 #include "base/Trap.h"
-#include "os/Dialog.h"
-#include "os/DialogRows.h"
+#include "os/desktop/Dialog.h"
+#include "os/desktop/DialogRows.h"
+#include "os/desktop/MessageBox.h"
 
 namespace os {
 
@@ -17,6 +18,7 @@ using Kind = ControlKind;
 
 struct ControlState {
     std::string text;
+    bool losesLetters = false;
     int value = 0;
     int lowest = 0;
     int highest = 100;
@@ -24,20 +26,30 @@ struct ControlState {
     std::vector<std::string> entries;
     std::size_t columns = 0;
     std::vector<std::vector<std::string>> rows;
-    std::vector<bool> selected;
+    int virtualRows = 0;
+    int top = 0;  // the first row that is seen
+    Dialog::CellText cellText;
+    std::size_t markBegin = 0;
+    std::size_t markLength = 0;
     bool enabled = true;
     bool shown = true;
     Dialog::Handler on;
     Dialog::Handler onEnter;
     Dialog::Handler onFull;
+    Dialog::Handler onDelete;
 };
 
 struct Dialog::Impl {
+    static constexpr int kRowsSeen = 3;  // of a virtual list
+
     Dialog& self;
     const DialogTable& table;
     std::vector<ControlState> controls;
     std::size_t focused = 0;
     bool shown = false;
+    Opening opening;
+    WindowPlace place = {0, 0, table.width, table.height, false};
+    static inline Impl* active = nullptr;  // has the keyboard
 
     // Every dialog that exists, the one shown last at the end.
     static std::vector<Impl*>& All() {
@@ -58,6 +70,16 @@ struct Dialog::Impl {
     }
     ControlState& Get(ControlId id) { return controls[Find(id)]; }
 
+    int RowCount(std::size_t i) const {
+        const bool isVirtual = table.controls[i].kind == Kind::VirtualList;
+        return isVirtual ? controls[i].virtualRows : static_cast<int>(controls[i].rows.size());
+    }
+
+    // Of a virtual list: as far as its end lets it.
+    void ScrollTo(std::size_t i, int row) {
+        controls[i].top = std::clamp(row, 0, std::max(controls[i].virtualRows - kRowsSeen, 0));
+    }
+
     void SetValue(std::size_t i, int value) {
         auto& control = controls[i];
         const Control& row = table.controls[i];
@@ -74,9 +96,9 @@ struct Dialog::Impl {
                 control.value = value;
                 return;
             case Kind::ListView:
-                if (value < -1 || value >= static_cast<int>(control.rows.size())) ThrowInvalidArgument();
-                control.selected.assign(control.rows.size(), false);
-                if (value >= 0) control.selected[static_cast<std::size_t>(value)] = true;
+            case Kind::VirtualList:
+                if (value < -1 || value >= RowCount(i)) ThrowInvalidArgument();
+                control.value = value;
                 return;
             case Kind::TabStrip:
                 if (value < 0 || value >= PageCount(row)) ThrowInvalidArgument();
@@ -99,13 +121,13 @@ struct Dialog::Impl {
     void ApplyInitial(std::size_t i) {
         const Control& row = table.controls[i];
         controls[i].text = IsText(row.kind) ? row.initial : row.caption;
-        if (row.kind == Kind::DropDownList) controls[i].value = -1;
+        if (row.kind == Kind::DropDownList || IsList(row.kind)) controls[i].value = -1;
         if (IsMarked(row.kind) || IsRanged(row.kind)) SetValue(i, InitialValue(row));
     }
 
     bool Sees(std::size_t i) const {
         const int page = table.controls[i].page;
-        if (!controls[i].shown) return false;
+        if (!controls[i].shown || table.controls[i].kind == Kind::UnseenLabel) return false;
         if (page == kNoPage) return true;
         const auto tabs = FirstOfKind(table, Kind::TabStrip);
         return tabs < controls.size() && controls[tabs].shown && controls[tabs].value == page;
@@ -126,6 +148,7 @@ struct Dialog::Impl {
 
     // Last thing in every caller: the handler may destroy the dialog.
     void Raise(std::size_t i, Handler ControlState::*event) {
+        const BoxesBefore cause(self.Handle());
         if (const auto handler = controls[i].*event)
             Trap((std::string("Dialog:") + table.controls[i].name).c_str(), handler);
     }

@@ -23,7 +23,7 @@ bool IsPressed(Kind kind) {
 }
 
 bool IsChosenFrom(Kind kind) {
-    return kind == Kind::DropDownList || kind == Kind::TabStrip || kind == Kind::Slider;
+    return kind == Kind::DropDownList || kind == Kind::TabStrip || kind == Kind::Slider || IsList(kind);
 }
 
 }  // namespace
@@ -58,10 +58,16 @@ void DialogUser::Type(ControlId control, const std::string& text) {
     auto& state = impl.controls[i];
     impl.focused = i;
     state.text = text.substr(0, state.limit);
+    state.losesLetters = false;
     // The change is raised first and may already close or even destroy the dialog.
     const auto onFull = text.size() > state.limit ? state.onFull : Dialog::Handler();
     impl.Raise(i, &ControlState::on);
     if (onFull) Trap("Dialog:Full", onFull);
+}
+
+void DialogUser::TypeBeyondCodePage(ControlId control) {
+    Type(control, "C:\\?ukasz");
+    DialogAccess::Of(dialog_).Get(control).losesLetters = true;
 }
 
 void DialogUser::Choose(ControlId control, int position) {
@@ -72,13 +78,48 @@ void DialogUser::Choose(ControlId control, int position) {
     impl.Raise(i, &ControlState::on);
 }
 
-void DialogUser::SelectRows(ControlId control, const std::vector<int>& rows) {
+void DialogUser::PressDelete(ControlId control) {
     auto& impl = DialogAccess::Of(dialog_);
-    const auto i = ReachOneOf(impl, control, [](Kind kind) { return kind == Kind::ListView; });
+    const auto i = ReachOneOf(impl, control, IsList);
     impl.focused = i;
-    impl.SetValue(i, -1);
-    for (const int row : rows) impl.controls[i].selected.at(static_cast<std::size_t>(row)) = true;
-    impl.Raise(i, &ControlState::on);
+    impl.Raise(i, &ControlState::onDelete);
+}
+
+void DialogUser::ScrollTo(ControlId list, int row) {
+    auto& impl = DialogAccess::Of(dialog_);
+    impl.ScrollTo(ReachOneOf(impl, list, IsList), row);
+}
+
+int DialogUser::FirstSeen(ControlId list) const {
+    return DialogAccess::Of(dialog_).Get(list, IsList).top;
+}
+
+int DialogUser::LastSeen(ControlId list) const {
+    return std::min(FirstSeen(list) + Impl::kRowsSeen, dialog_.RowCount(list)) - 1;
+}
+
+void DialogUser::Resize(int width, int height) {
+    auto& impl = DialogAccess::Of(dialog_);
+    if (!impl.shown || !CanBeResized(impl.table)) throw std::logic_error("a window of one size");
+    impl.place.width = std::max<int>(width, impl.table.leastWidth);
+    impl.place.height = std::max<int>(height, impl.table.leastHeight);
+}
+
+DialogRect DialogUser::PlaceOf(ControlId control) const {
+    const auto& impl = DialogAccess::Of(dialog_);
+    const DialogRect& units = impl.table.controls[impl.Find(control)].rect;
+    struct {
+        int left, top, right, bottom;
+    } place{units.left, units.top, units.left + units.width, units.top + units.height};
+    Stretch(units.anchors, impl.place.width - impl.table.width, impl.place.height - impl.table.height, place);
+    const auto narrow = [](int value) { return static_cast<short>(value); };
+    return {narrow(place.left), narrow(place.top), narrow(place.right - place.left),
+            narrow(place.bottom - place.top)};
+}
+
+std::string DialogUser::Marked(ControlId control) const {
+    const auto& state = DialogAccess::Of(dialog_).Get(control);
+    return state.text.substr(state.markBegin, state.markLength);
 }
 
 void DialogUser::PressEnter(ControlId control) {
@@ -107,6 +148,10 @@ bool DialogUser::Sees(ControlId control) const {
 bool DialogUser::HasFocus(ControlId control) const {
     const auto& impl = DialogAccess::Of(dialog_);
     return impl.shown && impl.focused == impl.Find(control);
+}
+
+bool DialogUser::IsActive() const {
+    return Impl::active == &DialogAccess::Of(dialog_);
 }
 
 }  // namespace os::fake

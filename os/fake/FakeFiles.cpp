@@ -3,33 +3,42 @@
 #include <algorithm>
 #include <map>
 #include <set>
+#include <utility>
+#include <vector>
 
 #include "base/RuntimeError.h"
 #include "os/Files.h"
-#include "os/fake/FakeLoop.h"
+#include "os/fake/FakeClock.h"
+#include "os/fake/FakeWorld.h"
 
 namespace {
 
 constexpr std::int32_t kNotFound = 3;
 
-struct Disk {
+struct Contents {
     std::map<std::string, std::string> files;
     std::set<std::string> folders{"", "/", "/program"};
     std::map<std::string, std::int32_t> failingWrites;
     std::set<std::string> failingReads;
-    std::size_t reads = 0;
-    std::size_t writes = 0;
-    std::string programFolder = "/program";
-    std::string programBaseName = "wrenlow";
-    std::string windowsFolder;
+    std::map<std::string, std::int64_t> slowWrites;
+    std::map<std::string, std::int64_t> changed;  // counted, by file
 };
-Disk disk;
-const os::fake::WorldPart part([] { disk = Disk(); });
+Contents& disk = os::fake::Fresh<Contents>();
 
-std::string Plain(std::string path) {
+// Paths are told apart by what they are for the system, with "/" between folders.
+std::string Plain(const os::Path& named) {
+    auto path = named.System();
     std::replace(path.begin(), path.end(), '\\', '/');
     while (path.size() > 1 && path.back() == '/') path.pop_back();
     return path;
+}
+
+std::string Plain(const std::string& text) {
+    return Plain(os::Path::FromText(text));
+}
+
+char Lower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
 std::string ParentOf(const std::string& path) {
@@ -43,9 +52,11 @@ bool LiesAtOrBelow(const std::string& path, const std::string& place) {
     return path.size() == place.size() || place == "/" || path[place.size()] == '/';
 }
 
-// Counts the change and throws when it is to fail.
+// Counts the change, lets its time pass and throws when it is to fail.
 void BeginChange(const std::string& path) {
-    ++disk.writes;
+    ++os::fake::files.writes;
+    for (const auto& [place, milliseconds] : disk.slowWrites)
+        if (LiesAtOrBelow(path, place)) os::fake::MoveClock(milliseconds);
     for (const auto& [place, number] : disk.failingWrites) {
         if (LiesAtOrBelow(path, place)) throw RuntimeError(number, "The change was made to fail");
     }
@@ -59,15 +70,15 @@ void BeginFileChange(const std::string& path) {
 
 }  // namespace
 
-bool os::FileExists(const std::string& path) {
+bool os::FileExists(const Path& path) {
     return disk.files.contains(Plain(path));
 }
 
-bool os::FolderExists(const std::string& path) {
+bool os::FolderExists(const Path& path) {
     return disk.folders.contains(Plain(path));
 }
 
-void os::MakeFolder(const std::string& path) {
+void os::MakeFolder(const Path& path) {
     const auto plain = Plain(path);
     if (disk.folders.contains(plain)) return;
     BeginChange(plain);
@@ -75,8 +86,7 @@ void os::MakeFolder(const std::string& path) {
     disk.folders.insert(plain);
 }
 
-std::optional<std::string> os::ReadWholeFile(const std::string& path, std::size_t maxBytes) {
-    ++disk.reads;
+std::optional<std::string> os::ReadWholeFile(const Path& path, std::size_t maxBytes) {
     const auto plain = Plain(path);
     for (const auto& place : disk.failingReads) {
         if (LiesAtOrBelow(plain, place)) return std::nullopt;
@@ -86,41 +96,95 @@ std::optional<std::string> os::ReadWholeFile(const std::string& path, std::size_
     return found->second.substr(0, maxBytes);
 }
 
-void os::AppendToFile(const std::string& path, std::string_view bytes) {
+void os::AppendToFile(const Path& path, std::string_view bytes) {
     const auto plain = Plain(path);
     BeginFileChange(plain);
     disk.files[plain].append(bytes);
+    ++disk.changed[plain];
 }
 
-void os::ReplaceFileWith(const std::string& path, std::string_view bytes) {
+void os::ReplaceFileWith(const Path& path, std::string_view bytes) {
     const auto plain = Plain(path);
     BeginFileChange(plain);
     disk.files[plain].assign(bytes);
+    ++disk.changed[plain];
 }
 
-void os::RemoveFile(const std::string& path) {
+void os::RenameFile(const Path& from, const Path& to) {
+    const auto plain = Plain(to);
+    BeginFileChange(plain);
+    const auto found = disk.files.find(Plain(from));
+    if (found == disk.files.end()) throw RuntimeError(kNotFound, "File not found");
+    disk.files[plain] = std::move(found->second);
+    disk.files.erase(found);
+    ++disk.changed[plain];
+}
+
+void os::RemoveFile(const Path& path) {
     const auto plain = Plain(path);
     if (!disk.files.contains(plain) && !disk.folders.contains(plain)) return;
     BeginFileChange(plain);
     disk.files.erase(plain);
 }
 
-std::string os::WindowsFolder() {
-    return disk.windowsFolder;
+os::Path os::InSpellingOfDisk(const Path& folder, std::string_view name) {
+    const auto wanted = Plain(folder / name);
+    const auto same = [](char a, char b) { return Lower(a) == Lower(b); };
+    const auto find = [&](const std::string& path) {
+        return std::equal(path.begin(), path.end(), wanted.begin(), wanted.end(), same);
+    };
+    for (const auto& [path, bytes] : disk.files)
+        if (find(path)) return Path::FromSystem(path);
+    for (const auto& path : disk.folders)
+        if (find(path)) return Path::FromSystem(path);
+    return folder / name;
 }
 
-std::string os::ProgramFolder() {
-    return disk.programFolder;
+struct os::FolderReader::Impl {
+    std::vector<FolderEntry> entries;
+};
+
+os::FolderReader::FolderReader(const Path& folder) : impl_(new Impl) {
+    const auto plain = Plain(folder);
+    const auto nameOf = [](const std::string& path) { return path.substr(path.rfind('/') + 1); };
+    for (const auto& [path, bytes] : disk.files)
+        if (ParentOf(path) == plain)
+            impl_->entries.push_back({nameOf(path), false, disk.changed[path], bytes.size()});
+    for (const auto& path : disk.folders)
+        if (ParentOf(path) == plain && path != plain) impl_->entries.push_back({nameOf(path), true, 0, 0});
+}
+os::FolderReader::~FolderReader() = default;
+os::FolderReader::FolderReader(FolderReader&&) noexcept = default;
+os::FolderReader& os::FolderReader::operator=(FolderReader&&) noexcept = default;
+
+std::optional<os::FolderEntry> os::FolderReader::Next() {
+    if (impl_->entries.empty()) return {};
+    auto entry = std::move(impl_->entries.back());
+    impl_->entries.pop_back();
+    return entry;
+}
+
+os::Path os::WindowsFolder() {
+    return Path::FromText(fake::files.windowsFolder);
+}
+
+os::Path os::ProgramFile() {
+    return ProgramFolder() / "wrenlow.exe";
+}
+
+os::Path os::ProgramFolder() {
+    return Path::FromText("/program");
 }
 
 std::string os::ProgramBaseName() {
-    return disk.programBaseName;
+    return "wrenlow";
 }
 
 void os::fake::PutFile(const std::string& path, std::string_view bytes) {
     const auto plain = Plain(path);
     for (auto folder = ParentOf(plain); disk.folders.insert(folder).second;) folder = ParentOf(folder);
     disk.files[plain].assign(bytes);
+    ++disk.changed[plain];
 }
 
 std::optional<std::string> os::fake::FileText(const std::string& path) {
@@ -139,20 +203,6 @@ void os::fake::FailReads(const std::string& path, bool fail) {
     if (fail) disk.failingReads.insert(Plain(path));
 }
 
-std::size_t os::fake::ReadCount() {
-    return disk.reads;
-}
-
-std::size_t os::fake::WriteCount() {
-    return disk.writes;
-}
-
-void os::fake::SetProgram(const std::string& folder, const std::string& baseName) {
-    disk.programFolder = Plain(folder);
-    disk.programBaseName = baseName;
-    for (auto plain = Plain(folder); disk.folders.insert(plain).second;) plain = ParentOf(plain);
-}
-
-void os::fake::SetWindowsFolder(const std::string& folder) {
-    disk.windowsFolder = folder;
+void os::fake::SlowWrites(const std::string& path, std::int64_t milliseconds) {
+    disk.slowWrites[Plain(path)] = milliseconds;
 }

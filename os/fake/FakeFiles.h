@@ -7,7 +7,15 @@
 #include <string>
 #include <string_view>
 
+#include "os/fake/FakeWorld.h"
+
 namespace os::fake {
+
+struct Files {
+    std::size_t writes = 0;                  // changes of files, in vain or not
+    std::string windowsFolder = "/windows";  // "" for a system without Windows
+};
+inline Files& files = Fresh<Files>();
 
 // Puts a file there, with the folders above it; the file's bytes, or nothing when there is none.
 void PutFile(const std::string& path, std::string_view bytes);
@@ -18,14 +26,7 @@ std::optional<std::string> FileText(const std::string& path);
 void FailWrites(const std::string& path, std::int32_t number);
 void FailReads(const std::string& path, bool fail);
 
-// How many times files were read, and changed (also in vain), since ResetWorld.
-std::size_t ReadCount();
-std::size_t WriteCount();
-
-// What ProgramFolder and ProgramBaseName answer: "/program" and "wrenlow" in a fresh world.
-void SetProgram(const std::string& folder, const std::string& baseName);
-
-// What WindowsFolder answers; "" in a fresh world.
-void SetWindowsFolder(const std::string& folder);
+// From now on every change of the file or of what lies below the folder takes so long, by the fake clock.
+void SlowWrites(const std::string& path, std::int64_t milliseconds);
 
 }  // namespace os::fake

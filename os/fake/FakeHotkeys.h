@@ -3,30 +3,32 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "os/Hotkeys.h"
+#include "os/desktop/Hotkeys.h"
+#include "os/fake/FakeWorld.h"
 
 namespace os::fake {
 
-struct HeldHotkey {
-    WindowHandle window;
-    std::int32_t id;
-    std::uint32_t modifiers;
-    std::uint32_t key;
+struct Hotkeys {
+    struct Held {
+        WindowHandle window;
+        std::int32_t id;
+        std::uint32_t modifiers;
+        std::uint32_t key;
+    };
+    std::vector<Held> held;  // in the order of registration
+    // Combinations of modifiers and key that other programs hold: registering one fails with 1409 and the
+    // text.
+    std::map<std::pair<std::uint32_t, std::uint32_t>, std::string> takenByOthers;
+    std::map<std::uint16_t, std::string> atoms;  // that have not been deleted
+    std::uint16_t nextAtom = 0xC044;             // system atoms begin at 0xC000
+    std::optional<std::string> atomFailure;      // no atom can be added: error 8 with this text
+    std::uint32_t ticks = 4'000'000'000u;
 };
-
-// In the order of registration.
-const std::vector<HeldHotkey>& HeldHotkeys();
-
-// Atoms that have not been deleted: number and text.
-const std::map<std::uint16_t, std::string>& GlobalAtoms();
-
-// Another program holds the combination: registering it fails with 1409 and this text.
-void TakeCombination(std::uint32_t modifiers, std::uint32_t key, const std::string& systemText);
-
-// From now on no atom can be added: error 8 with this text.
-void FailAtoms(const std::string& systemText);
+inline Hotkeys& hotkeys = Fresh<Hotkeys>();
 
 }  // namespace os::fake

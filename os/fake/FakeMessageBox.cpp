@@ -1,23 +1,10 @@
 #include "os/fake/FakeMessageBox.h"
 
-#include <deque>
+#include <algorithm>
 #include <stdexcept>
-
-#include "os/fake/FakeLoop.h"
 
 namespace os {
 namespace {
-
-struct State {
-    std::vector<fake::ShownBox> shown;
-    std::deque<BoxResult> answers;
-    std::function<void()> during;
-};
-
-State& TheState() {
-    static State state;
-    return state;
-}
 
 bool HasButton(BoxButtons buttons, BoxResult answer) {
     switch (answer) {
@@ -34,9 +21,17 @@ bool HasButton(BoxButtons buttons, BoxResult answer) {
 
 BoxResult ShowMessageBox(const std::string& text, const std::string& title, BoxIcon icon,
                          BoxButtons buttons) {
-    auto& state = TheState();
-    state.shown.push_back({text, title, icon, buttons});
-    if (const auto during = state.during) during();
+    auto& state = fake::boxes;
+    if (buttons == BoxButtons::Ok &&
+        std::find(state.open.begin(), state.open.end(), title + text) != state.open.end())
+        return BoxResult::Ok;
+    state.shown.push_back({text, title, icon, buttons, BoxesBefore::Current()});
+    if (const auto during = state.during) {
+        const BoxesBefore nobody(0);
+        state.open.push_back(title + text);
+        during();
+        if (!state.open.empty()) state.open.pop_back();  // a reset meanwhile has emptied it
+    }
     if (state.answers.empty()) return HasButton(buttons, BoxResult::Ok) ? BoxResult::Ok : BoxResult::Yes;
     const auto answer = state.answers.front();
     state.answers.pop_front();
@@ -44,24 +39,4 @@ BoxResult ShowMessageBox(const std::string& text, const std::string& title, BoxI
     return answer;
 }
 
-namespace fake {
-
-const std::vector<ShownBox>& ShownBoxes() {
-    return TheState().shown;
-}
-
-void AnswerBoxes(std::vector<BoxResult> answers) {
-    TheState().answers.assign(answers.begin(), answers.end());
-}
-
-void SetDuringBox(std::function<void()> action) {
-    TheState().during = std::move(action);
-}
-
-void ResetMessageBoxes() {
-    TheState() = State();
-}
-const WorldPart part(ResetMessageBoxes);
-
-}  // namespace fake
 }  // namespace os

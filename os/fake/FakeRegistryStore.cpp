@@ -1,10 +1,6 @@
 #include "os/fake/FakeRegistryStore.h"
 
-#include <map>
-#include <utility>
-
-#include "os/RegistryStore.h"
-#include "os/fake/FakeLoop.h"
+#include <algorithm>
 
 namespace os {
 namespace {
@@ -15,45 +11,17 @@ std::string Fold(std::string text) {
     return text;
 }
 
-using Place = std::pair<std::string, std::string>;
-
-Place PlaceOf(const std::string& keyPath, const std::string& name) {
+std::pair<std::string, std::string> PlaceOf(const std::string& keyPath, const std::string& name) {
     auto key = Fold(keyPath);
     while (key.ends_with('\\')) key.pop_back();
     return {key, Fold(name)};
 }
 
-struct Registry {
-    std::map<Place, RegistryValue> values;
-    bool failWrites = false;
-    int changes = 0;
-};
-
-Registry& TheRegistry() {
-    static Registry registry;
-    return registry;
-}
-
 }  // namespace
-
-namespace fake {
-
-void FailRegistryWrites(bool fail) {
-    TheRegistry().failWrites = fail;
-}
-int RegistryChanges() {
-    return TheRegistry().changes;
-}
-void ResetRegistry() {
-    TheRegistry() = {};
-}
-const WorldPart part(ResetRegistry);
-
-}  // namespace fake
 
 std::optional<RegistryValue> ReadRegistryValue(RegistryHive, const std::string& keyPath,
                                                const std::string& name, std::size_t maxBytes) {
-    const auto& values = TheRegistry().values;
+    const auto& values = fake::registry.values;
     const auto found = values.find(PlaceOf(keyPath, name));
     if (found == values.end()) return {};
     return AsRead(found->second, maxBytes);
@@ -61,15 +29,29 @@ std::optional<RegistryValue> ReadRegistryValue(RegistryHive, const std::string& 
 
 bool WriteRegistryValue(RegistryHive, const std::string& keyPath, const std::string& name, std::uint32_t type,
                         std::string_view data) {
-    auto& registry = TheRegistry();
+    auto& registry = fake::registry;
     if (registry.failWrites) return false;
     registry.values[PlaceOf(keyPath, name)] = {type, std::string(data)};
     ++registry.changes;
     return true;
 }
 
+Path ReadRegistryPath(RegistryHive hive, const std::string& keyPath, const std::string& name) {
+    constexpr std::size_t kMaxPath = 4096;
+    const auto value = ReadRegistryValue(hive, keyPath, name, kMaxPath);
+    if (!value) return {};
+    auto bytes = value->data;  // a path from WriteRegistryPath, or a text of a test
+    std::replace(bytes.begin(), bytes.end(), '\\', '/');
+    return Path::FromSystem(std::move(bytes));
+}
+
+bool WriteRegistryPath(RegistryHive hive, const std::string& keyPath, const std::string& name,
+                       const Path& path) {
+    return WriteRegistryValue(hive, keyPath, name, RegistryType::String, path.System());
+}
+
 bool RemoveRegistryValue(RegistryHive, const std::string& keyPath, const std::string& name) {
-    auto& registry = TheRegistry();
+    auto& registry = fake::registry;
     if (registry.failWrites || registry.values.erase(PlaceOf(keyPath, name)) == 0) return false;
     ++registry.changes;
     return true;

@@ -1,36 +1,22 @@
 #include "os/fake/FakeTopWindows.h"
 
-#include <map>
-
-#include "os/fake/FakeLoop.h"
+#include <utility>
 
 namespace os {
 namespace {
 
-struct State {
-    std::map<WindowHandle, fake::TopWindow> windows;
-    WindowHandle last = 0x10000;
-    int enumerations = 0;
-    bool canMakeTranslucent = true;
-};
-
-State& TheState() {
-    static State state;
-    return state;
-}
-const fake::WorldPart part([] { TheState() = State(); });
-
 fake::TopWindow* Find(WindowHandle window) {
-    const auto found = TheState().windows.find(window);
-    return found == TheState().windows.end() ? nullptr : &found->second;
+    const auto found = fake::topWindows.open.find(window);
+    return found == fake::topWindows.open.end() ? nullptr : &found->second;
 }
 
 }  // namespace
 
 std::vector<WindowHandle> TopLevelWindows() {
-    ++TheState().enumerations;
+    ++fake::topWindows.enumerations;
+    if (const auto action = std::exchange(fake::topWindows.duringEnumeration, nullptr)) action();
     std::vector<WindowHandle> windows;
-    for (const auto& [window, record] : TheState().windows) windows.insert(windows.begin(), window);
+    for (const auto& [window, record] : fake::topWindows.open) windows.insert(windows.begin(), window);
     return windows;
 }
 
@@ -44,7 +30,7 @@ std::string WindowTitle(WindowHandle window) {
 }
 
 bool CanMakeTranslucent() {
-    return TheState().canMakeTranslucent;
+    return fake::topWindows.canMakeTranslucent;
 }
 
 void MakeTranslucent(WindowHandle window, std::uint8_t alpha) {
@@ -79,29 +65,9 @@ void RestoreMinimizedWindow(WindowHandle window) {
     if (auto* record = Find(window)) record->minimized = false;
 }
 
-namespace fake {
-
-WindowHandle OpenTopWindow(const std::string& title) {
-    auto& state = TheState();
-    state.windows[++state.last].title = title;
-    return state.last;
+WindowHandle fake::OpenTopWindow(const std::string& title) {
+    topWindows.open[++topWindows.last].title = title;
+    return topWindows.last;
 }
 
-TopWindow& TopWindowAt(WindowHandle window) {
-    return TheState().windows.at(window);
-}
-
-void CloseTopWindow(WindowHandle window) {
-    TheState().windows.erase(window);
-}
-
-int Enumerations() {
-    return TheState().enumerations;
-}
-
-void SetCanMakeTranslucent(bool can) {
-    TheState().canMakeTranslucent = can;
-}
-
-}  // namespace fake
 }  // namespace os

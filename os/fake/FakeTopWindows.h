@@ -2,10 +2,13 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <optional>
 #include <string>
 
-#include "os/TopWindows.h"
+#include "os/desktop/TopWindows.h"
+#include "os/fake/FakeWorld.h"
 
 namespace os::fake {
 
@@ -18,17 +21,16 @@ struct TopWindow {
     bool minimized = false;
 };
 
+struct TopWindows {
+    std::map<WindowHandle, TopWindow> open;  // the one on top is the last
+    WindowHandle last = 0x10000;
+    int enumerations = 0;
+    std::function<void()> duringEnumeration;  // called once, in the middle of the next
+    bool canMakeTranslucent = true;
+};
+inline TopWindows& topWindows = Fresh<TopWindows>();
+
 // A new window on top of the others; its number is never used again.
 WindowHandle OpenTopWindow(const std::string& title);
-
-// A window as it stands, to look at and to change. It must exist.
-TopWindow& TopWindowAt(WindowHandle window);
-
-void CloseTopWindow(WindowHandle window);
-
-// How often the windows have been enumerated since the last reset.
-int Enumerations();
-
-void SetCanMakeTranslucent(bool can);
 
 }  // namespace os::fake

@@ -2,8 +2,6 @@
 
 #include <vector>
 
-#include "os/fake/FakeLoop.h"
-
 namespace {
 
 std::vector<void (*)()>& Parts() {
@@ -17,6 +15,6 @@ os::fake::WorldPart::WorldPart(void (*reset)()) {
     Parts().push_back(reset);
 }
 
-void os::fake::ResetWorld() {
+void os::fake::ResetFakes() {
     for (auto* const reset : Parts()) reset();
 }

@@ -1,14 +1,36 @@
-// FakeWorld: the fakes of the os/ contracts, for deterministic tests: a network, a clock, a file system and
-// all that a program finds on a machine, in memory, with one loop that never sleeps. Tests drive them through
-// the headers of this folder; events come only while the loop runs (ProcessPendingEvents, RunEventLoopUntil,
-// AdvanceClock).
+// FakeWorld: the fakes of the os/ contracts, for deterministic tests: sockets, a clock, a file system and all
+// that a program finds on a machine, in memory. The real loop and connections of net/ run on them and never
+// sleep. Tests drive them through the headers of this folder; events come only while the loop runs
+// (ProcessPendingEvents, RunEventLoopUntil, AdvanceClock).
 #pragma once
+
+#include "net/EventLoop.h"
 
 namespace os::fake {
 
-// Forgets everything: connections, listeners, timers, posted calls, files, settings, boxes, menus, other
-// programs; the clock stands at its beginning. To be called before each test; sockets, listeners and timers
-// that still exist go dead.
-void ResetWorld();
+// A fake's share of ResetWorld, to be made once beside its state. A fake that is not linked has no share.
+class WorldPart {
+ public:
+    explicit WorldPart(void (*reset)());
+};
+
+// The state of a fake, which tests read and set; ResetWorld makes it new. Never destroyed: what has static
+// storage uses it after the end of main.
+template <typename State>
+State& Fresh() {
+    static State& state = *new State;
+    static const WorldPart part([] { state = State(); });
+    return state;
+}
+
+void ResetFakes();
+
+// Forgets everything: connections, listeners, files, settings, boxes, menus, other programs. To be called
+// before each test; connections that still exist are broken, and the loop hears of it. The steady clock goes
+// on, as it always does.
+inline void ResetWorld() {
+    ResetFakes();
+    net::ProcessPendingEvents();
+}
 
 }  // namespace os::fake

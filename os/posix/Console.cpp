@@ -1,16 +1,18 @@
 #include "os/Console.h"
 
+#include <fcntl.h>
 #include <limits.h>
 #include <poll.h>
 #include <signal.h>
 #include <sys/signalfd.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 
+#include "base/Text.h"
 #include "base/Trap.h"
-#include "os/net/Watched.h"
+#include "os/Watched.h"
 #include "os/posix/FileDescriptor.h"
-#include "os/posix/SystemText.h"
 
 namespace os {
 namespace {
@@ -24,7 +26,7 @@ sigset_t EndingSignals() {
     return signals;
 }
 
-class SignalWatch : public net::Watched {
+class SignalWatch : public Watched {
  public:
     explicit SignalWatch(Console& console) : console_(console) {
         const auto signals = EndingSignals();
@@ -32,7 +34,7 @@ class SignalWatch : public net::Watched {
         (void)::signal(SIGPIPE, SIG_IGN);
         descriptor_ = FileDescriptor(::signalfd(-1, &signals, SFD_NONBLOCK | SFD_CLOEXEC));
         if (!descriptor_) posix::ThrowLastError();
-        Watch(descriptor_.Get(), net::kReadable);
+        Watch(descriptor_.Get(), kReadable);
     }
     ~SignalWatch() override { ::pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
 
@@ -50,14 +52,14 @@ class SignalWatch : public net::Watched {
 
 // Standard input is not made non-blocking, because that would change it for the shell too: one read answers
 // one report. Regular files cannot be watched and need not be: they are always ready.
-class LineWatch : public net::Watched {
+class LineWatch : public Watched {
  public:
     explicit LineWatch(Console& console) : console_(console) {}
     ~LineWatch() override { Unwatch(STDIN_FILENO); }
 
     void Start() {
         try {
-            Watch(STDIN_FILENO, net::kReadable);
+            Watch(STDIN_FILENO, kReadable);
         } catch (const RuntimeError& error) {
             if (error.Number() != EPERM) throw;
             alwaysReady_ = true;
@@ -72,22 +74,25 @@ class LineWatch : public net::Watched {
         if (count < 0 && (errno == EAGAIN || errno == EINTR)) return;
         if (count <= 0) return End();
         if (alwaysReady_) Wake();
-        unfinished_.append(part, static_cast<std::size_t>(count));
-        RaiseLines();
+        Take({part, static_cast<std::size_t>(count)});
     }
 
-    void RaiseLines() {
-        for (auto end = unfinished_.find('\n'); end != std::string::npos; end = unfinished_.find('\n')) {
-            auto line = unfinished_.substr(0, end);
-            unfinished_.erase(0, end + 1);
-            Raise(std::move(line));
+    void Take(std::string_view part) {
+        while (!part.empty()) {
+            const bool ends = part.find('\n') != std::string_view::npos;
+            unfinished_ += TakeUpTo(part, '\n');
+            if (ends) Raise(std::exchange(unfinished_, {}));
+            // Of a line that is too long already one byte too many is kept, which says so.
+            if (unfinished_.size() > Console::kMaxLine) unfinished_.resize(Console::kMaxLine + 1);
         }
-        if (unfinished_.size() >= Console::kLongestLine) Raise(std::exchange(unfinished_, {}));
     }
 
     void Raise(std::string line) {
-        if (line.ends_with('\r')) line.pop_back();
-        Trap("EventLoop:Dispatch", [&] { console_.Line(line); });
+        Trap("EventLoop:Dispatch", [&] {
+            if (line.size() > Console::kMaxLine) return console_.LineTooLong();
+            if (line.ends_with('\r')) line.pop_back();
+            console_.Line(line);
+        });
     }
 
     void End() {
@@ -101,6 +106,55 @@ class LineWatch : public net::Watched {
     bool alwaysReady_ = false;
 };
 
+// One of the two outputs. A terminal or pipe is opened a second time for writing without blocking: the flag
+// would otherwise hold for the shell, too, with which the first opening is shared.
+class Writer {
+ public:
+    explicit Writer(int file) : file_(file) {
+        struct stat description {};
+        if (::fstat(file, &description) != 0 || S_ISREG(description.st_mode)) return;
+        const auto path = "/proc/self/fd/" + std::to_string(file);
+        own_ = FileDescriptor(::open(path.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+        // Another user's terminal cannot be opened. What is ready to be written takes one byte for sure.
+        if (!own_ && S_ISCHR(description.st_mode)) most_ = 1;
+    }
+
+    // The end of a text that was taken in part comes before anything else, so that lines stay whole.
+    void Write(std::string_view text) {
+        std::string_view rest = rest_;
+        WriteSome(rest);
+        rest_.erase(0, rest_.size() - rest.size());
+        if (!rest_.empty()) return;
+        const auto size = text.size();
+        WriteSome(text);
+        if (text.size() < size) rest_ = text;
+    }
+
+ private:
+    void WriteSome(std::string_view& text) {
+        while (!text.empty()) {
+            pollfd ready{file_, POLLOUT, 0};
+            if (!own_ && (::poll(&ready, 1, 0) != 1 || (ready.revents & POLLOUT) == 0)) return;
+            const auto written = ::write(own_ ? own_.Get() : file_, text.data(),
+                                         std::min(text.size(), own_ ? text.size() : most_));
+            if (written < 0 && errno == EINTR) continue;
+            if (written <= 0) return;
+            text.remove_prefix(static_cast<std::size_t>(written));
+        }
+    }
+
+    int file_;
+    FileDescriptor own_;
+    std::size_t most_ = PIPE_BUF;  // what a pipe or socket takes when it is ready
+    std::string rest_;
+};
+
+Writer& WriterOf(Output output) {
+    static Writer standard(STDOUT_FILENO);
+    static Writer error(STDERR_FILENO);
+    return output == Output::Standard ? standard : error;
+}
+
 }  // namespace
 
 struct Console::Impl {
@@ -110,32 +164,24 @@ struct Console::Impl {
     LineWatch lines;
 };
 
-Console::Console() : impl_(std::make_unique<Impl>(*this)) {}
+Console::Console() : impl_(std::make_unique<Impl>(*this)) {
+    WriterOf(Output::Standard);  // both now, while there are descriptors
+    WriterOf(Output::Error);
+}
 Console::~Console() = default;
 
 void Console::ReadLines() {
     impl_->lines.Start();
 }
 
-// A pipe that can be written to takes PIPE_BUF bytes without blocking.
-void Print(Output output, std::string_view systemText) {
-    const int file = output == Output::Standard ? STDOUT_FILENO : STDERR_FILENO;
-    while (!systemText.empty()) {
-        pollfd ready{file, POLLOUT, 0};
-        if (::poll(&ready, 1, 0) != 1 || (ready.revents & POLLOUT) == 0) return;
-        const auto written =
-            ::write(file, systemText.data(), std::min<std::size_t>(systemText.size(), PIPE_BUF));
-        if (written <= 0) return;
-        systemText.remove_prefix(static_cast<std::size_t>(written));
+void Print(Output output, std::string_view text) {
+    WriterOf(output).Write(text);
+}
+
+void OpenStandardStreams() {
+    for (const int file : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(file, F_GETFD) < 0 && errno == EBADF) (void)::open("/dev/null", O_RDWR);
     }
-}
-
-std::string TextFromSystem(std::string_view systemText) {
-    return posix::TextFromUtf8(systemText);
-}
-
-std::string SystemFromText(std::string_view text) {
-    return posix::Utf8FromText(text);
 }
 
 }  // namespace os

@@ -38,6 +38,12 @@ class FileDescriptor {
     int number_ = -1;
 };
 
+// The failures of getaddrinfo are small negative numbers, which would pass for none of the system's: here
+// they lie above all of these. The same turns them back.
+constexpr int NumberOfLookUp(int number) {
+    return 10'000 - number;
+}
+
 [[noreturn]] inline void ThrowSystemError(int number) {
     throw RuntimeError(number, std::generic_category().message(number));
 }

@@ -1,13 +1,17 @@
 #include "os/Files.h"
 
+#include <dirent.h>
+#include <fcntl.h>
 #include <limits.h>
+#include <signal.h>
+#include <strings.h>
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <cstdio>
+#include <memory>
 
 #include "os/posix/FileDescriptor.h"
-#include "os/posix/SystemText.h"
 
 namespace {
 
@@ -15,11 +19,11 @@ using os::posix::FileDescriptor;
 using os::posix::ThrowLastError;
 using os::posix::ThrowSystemError;
 
-std::string SystemPath(const std::string& path) {
-    auto system = os::posix::Utf8FromText(path);
-    std::replace(system.begin(), system.end(), '\\', '/');
-    return system;
-}
+using os::Path;
+
+// What we write is nobody else's business.
+constexpr mode_t kFileMode = 0600;
+constexpr mode_t kFolderMode = 0700;
 
 std::optional<struct stat> Describe(const std::string& systemPath) {
     struct stat description {};
@@ -30,7 +34,7 @@ std::optional<struct stat> Describe(const std::string& systemPath) {
 // Regular files only: a pipe in a file's place must not hold the program up (O_NONBLOCK), nor be taken for
 // one.
 FileDescriptor OpenFile(const std::string& systemPath, int flags) {
-    FileDescriptor file(::open(systemPath.c_str(), flags | O_CLOEXEC | O_NONBLOCK, 0666));
+    FileDescriptor file(::open(systemPath.c_str(), flags | O_CLOEXEC | O_NONBLOCK, kFileMode));
     struct stat description {};
     if (!file || ::fstat(file.Get(), &description) != 0) return {};
     if (S_ISREG(description.st_mode)) return file;
@@ -38,53 +42,53 @@ FileDescriptor OpenFile(const std::string& systemPath, int flags) {
     return {};
 }
 
-// Whether all bytes were written; errno tells why not.
-bool WriteAll(int file, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const auto written = ::write(file, bytes.data(), bytes.size());
+// How many of the bytes were written; when not all, errno tells why.
+std::size_t Write(int file, std::string_view bytes) {
+    // A file that reaches its limit (RLIMIT_FSIZE) is a failed write, not the end of the program.
+    static const auto earlier = ::signal(SIGXFSZ, SIG_IGN);
+    (void)earlier;
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        const auto written = ::write(file, bytes.data() + done, bytes.size() - done);
         if (written < 0 && errno == EINTR) continue;
-        if (written < 0) return false;
-        bytes.remove_prefix(static_cast<std::size_t>(written));
+        if (written < 0) break;
+        done += static_cast<std::size_t>(written);
     }
-    return true;
+    return done;
 }
 
 // Writes the new content beside the old, with its permissions, and makes it durable, because the rename may
 // reach the disk before the bytes do.
 void WriteTemporary(const std::string& temporary, const std::string& original, std::string_view bytes) {
-    const FileDescriptor file(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+    ::unlink(temporary.c_str());  // left by a process that was killed
+    const FileDescriptor file(
+        ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kFileMode));
     if (!file) ThrowLastError();
     if (const auto old = Describe(original)) ::fchmod(file.Get(), old->st_mode & 07777);
-    if (!WriteAll(file.Get(), bytes) || ::fsync(file.Get()) != 0) ThrowLastError();
-}
-
-std::string ProgramPath() {
-    char path[PATH_MAX];
-    const auto size = ::readlink("/proc/self/exe", path, sizeof path);
-    return os::posix::TextFromUtf8({path, size > 0 ? static_cast<std::size_t>(size) : 0});
+    if (Write(file.Get(), bytes) != bytes.size() || ::fsync(file.Get()) != 0) ThrowLastError();
 }
 
 }  // namespace
 
-bool os::FileExists(const std::string& path) {
-    const auto description = Describe(SystemPath(path));
+bool os::FileExists(const Path& path) {
+    const auto description = Describe(path.System());
     return description && !S_ISDIR(description->st_mode);
 }
 
-bool os::FolderExists(const std::string& path) {
-    const auto description = Describe(SystemPath(path));
+bool os::FolderExists(const Path& path) {
+    const auto description = Describe(path.System());
     return description && S_ISDIR(description->st_mode);
 }
 
-void os::MakeFolder(const std::string& path) {
-    const auto system = SystemPath(path);
-    if (::mkdir(system.c_str(), 0777) == 0) return;
+void os::MakeFolder(const Path& path) {
+    const auto& system = path.System();
+    if (::mkdir(system.c_str(), kFolderMode) == 0) return;
     const int number = errno;
     if (number != EEXIST || !FolderExists(path)) ThrowSystemError(number);
 }
 
-std::optional<std::string> os::ReadWholeFile(const std::string& path, std::size_t maxBytes) {
-    const auto file = OpenFile(SystemPath(path), O_RDONLY);
+std::optional<std::string> os::ReadWholeFile(const Path& path, std::size_t maxBytes) {
+    const auto file = OpenFile(path.System(), O_RDONLY);
     if (!file) return std::nullopt;
     std::string bytes;
     char part[64 * 1024];
@@ -98,19 +102,22 @@ std::optional<std::string> os::ReadWholeFile(const std::string& path, std::size_
     return bytes;
 }
 
-void os::AppendToFile(const std::string& path, std::string_view bytes) {
-    const auto file = OpenFile(SystemPath(path), O_WRONLY | O_APPEND | O_CREAT);
+void os::AppendToFile(const Path& path, std::string_view bytes) {
+    const auto file = OpenFile(path.System(), O_WRONLY | O_APPEND | O_CREAT);
     if (!file) ThrowLastError();
-    const auto sizeBefore = ::lseek(file.Get(), 0, SEEK_END);
-    if (WriteAll(file.Get(), bytes)) return;
+    const auto written = Write(file.Get(), bytes);
+    if (written == bytes.size()) return;
     const int number = errno;
-    // A disk that fills up takes a part: it must not stay as half a line.
-    if (::ftruncate(file.Get(), sizeBefore) != 0) ThrowLastError();
+    // A disk that fills up takes a part: it must not stay as half a line. The position is behind it.
+    if (written > 0) {
+        const auto end = ::lseek(file.Get(), 0, SEEK_CUR);
+        if (::ftruncate(file.Get(), end - static_cast<off_t>(written)) != 0) ThrowLastError();
+    }
     ThrowSystemError(number);
 }
 
-void os::ReplaceFileWith(const std::string& path, std::string_view bytes) {
-    const auto system = SystemPath(path);
+void os::ReplaceFileWith(const Path& path, std::string_view bytes) {
+    const auto& system = path.System();
     const auto temporary = system + ".new";
     try {
         WriteTemporary(temporary, system, bytes);
@@ -121,21 +128,72 @@ void os::ReplaceFileWith(const std::string& path, std::string_view bytes) {
     }
 }
 
-void os::RemoveFile(const std::string& path) {
-    if (::unlink(SystemPath(path).c_str()) != 0 && errno != ENOENT && errno != ENOTDIR) ThrowLastError();
+void os::RenameFile(const Path& from, const Path& to) {
+    if (::rename(from.System().c_str(), to.System().c_str()) != 0) ThrowLastError();
 }
 
-std::string os::WindowsFolder() {
+void os::RemoveFile(const Path& path) {
+    if (::unlink(path.System().c_str()) != 0 && errno != ENOENT && errno != ENOTDIR) ThrowLastError();
+}
+
+os::Path os::InSpellingOfDisk(const Path& folder, std::string_view name) {
+    const auto wanted = folder / name;
+    struct stat description {};
+    if (::lstat(wanted.System().c_str(), &description) == 0) return wanted;
+    const std::unique_ptr<DIR, int (*)(DIR*)> entries(::opendir(folder.System().c_str()), ::closedir);
+    if (!entries) return wanted;
+    const auto bare = Path::FromText(name);
+    while (const auto* const entry = ::readdir(entries.get())) {
+        if (::strcasecmp(entry->d_name, bare.System().c_str()) == 0)
+            return Path::FromSystem(folder.System() + "/" + entry->d_name);
+    }
+    return wanted;
+}
+
+struct os::FolderReader::Impl {
+    std::unique_ptr<DIR, int (*)(DIR*)> entries;
+};
+
+os::FolderReader::FolderReader(const Path& folder)
+    : impl_(new Impl{{::opendir(folder.System().c_str()), ::closedir}}) {}
+os::FolderReader::~FolderReader() = default;
+os::FolderReader::FolderReader(FolderReader&&) noexcept = default;
+os::FolderReader& os::FolderReader::operator=(FolderReader&&) noexcept = default;
+
+std::optional<os::FolderEntry> os::FolderReader::Next() {
+    if (!impl_->entries) return {};
+    while (const auto* const entry = ::readdir(impl_->entries.get())) {
+        const std::string_view name = entry->d_name;
+        struct stat description {};
+        if (name == "." || name == ".." ||
+            ::fstatat(::dirfd(impl_->entries.get()), entry->d_name, &description, AT_SYMLINK_NOFOLLOW) != 0)
+            continue;
+        if (!S_ISREG(description.st_mode) && !S_ISDIR(description.st_mode)) continue;
+        constexpr std::int64_t kPerSecond = 1'000'000'000;
+        return FolderEntry{std::string(name), S_ISDIR(description.st_mode),
+                           description.st_mtim.tv_sec * kPerSecond + description.st_mtim.tv_nsec,
+                           static_cast<std::uint64_t>(description.st_size)};
+    }
     return {};
 }
 
-std::string os::ProgramFolder() {
-    const auto path = ProgramPath();
-    return path.substr(0, path.rfind('/'));
+os::Path os::WindowsFolder() {
+    return {};
+}
+
+os::Path os::ProgramFile() {
+    char path[PATH_MAX];
+    const auto size = ::readlink("/proc/self/exe", path, sizeof path);
+    return Path::FromSystem({path, size > 0 ? static_cast<std::size_t>(size) : 0});
+}
+
+os::Path os::ProgramFolder() {
+    const auto path = ProgramFile().System();
+    return Path::FromSystem(path.substr(0, path.rfind('/')));
 }
 
 std::string os::ProgramBaseName() {
-    const auto path = ProgramPath();
+    const auto path = ProgramFile().Shown();
     const auto name = path.substr(path.rfind('/') + 1);
     return name.substr(0, name.rfind('.'));
 }

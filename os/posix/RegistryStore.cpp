@@ -8,6 +8,8 @@
 #include <memory>
 #include <utility>
 
+#include "base/Text.h"
+#include "base/Trap.h"
 #include "os/SettingsFile.h"
 #include "os/posix/FileDescriptor.h"
 #include "os/posix/SettingsText.h"
@@ -18,16 +20,17 @@ namespace {
 using posix::FileDescriptor;
 
 // Larger files are not ours: they are not read, and never written over.
-constexpr std::size_t kLargestFile = 1 << 20;
+constexpr off_t kMaxFileBytes = 1 << 20;
 
-using Place = std::pair<std::string, std::string>;  // key and name, both folded
-using Values = std::map<Place, RegistryValue>;
+using Texts = std::map<std::string, std::string>;  // by name in lower case
 
 struct Store {
     std::string path;
-    std::string topKey;
-    Values overrides;
-    Values defaults;
+    std::string topKey;  // without a separator at its end
+    Texts overrides;
+    Texts defaults;
+    std::string lastRead;  // the file's text
+    bool isTold = false;   // that the file cannot be read
 };
 
 Store& TheStore() {
@@ -35,39 +38,60 @@ Store& TheStore() {
     return store;
 }
 
-Place PlaceOf(const std::string& key, const std::string& name) {
-    return {FoldKey(key), FoldName(name)};
+// The name of a value in the file: values of other keys carry the key.
+std::string NameOf(std::string_view key, const std::string& name) {
+    key = TrimEnd(key, "\\");
+    return SameWithoutCase(key, TheStore().topKey) ? name : "\\" + LowerCase(key) + "\\" + name;
 }
 
-std::optional<RegistryValue> ValueAt(const Values& values, const Place& place) {
-    const auto found = values.find(place);
-    if (found == values.end()) return std::nullopt;
-    return found->second;
+std::optional<RegistryValue> TextIn(const Texts& texts, const std::string& name) {
+    const auto found = texts.find(LowerCase(name));
+    if (found == texts.end()) return std::nullopt;
+    return RegistryValue{RegistryType::String, found->second};
 }
 
 FileDescriptor Open(const std::string& path, int flags, mode_t mode = 0) {
     return FileDescriptor(open(path.c_str(), flags | O_CLOEXEC, mode));
 }
 
-// The file's text; "" when there is none, nothing when it cannot be read. Not blocking, because somebody may
-// have put a pipe there.
-std::optional<std::string> ReadSettingsFile(const std::string& path) {
+// The file's text; "" when there is none. Not blocking, because somebody may have put a pipe there. Throws
+// RuntimeError with the system's number.
+std::string ReadSettingsFile(const std::string& path) {
     const auto file = Open(path, O_RDONLY | O_NONBLOCK);
-    if (!file) return errno == ENOENT ? std::optional<std::string>("") : std::nullopt;
+    if (!file && errno == ENOENT) return {};
     struct stat status {};
-    if (fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
-    if (static_cast<std::uintmax_t>(status.st_size) > kLargestFile) return std::nullopt;
+    if (!file || fstat(file.Get(), &status) != 0) posix::ThrowLastError();
+    if (S_ISDIR(status.st_mode)) posix::ThrowSystemError(EISDIR);
+    if (!S_ISREG(status.st_mode)) throw RuntimeError(EINVAL, "Not a regular file");
+    if (status.st_size > kMaxFileBytes) posix::ThrowSystemError(EFBIG);
     std::string text(static_cast<std::size_t>(status.st_size), '\0');
     std::size_t size = 0;
     while (size < text.size()) {
         const auto count = read(file.Get(), text.data() + size, text.size() - size);
         if (count < 0 && errno == EINTR) continue;
-        if (count < 0) return std::nullopt;
+        if (count < 0) posix::ThrowLastError();
         if (count == 0) break;
         size += static_cast<std::size_t>(count);
     }
     text.resize(size);
     return text;
+}
+
+// As it is now. While it cannot be read, what was read last counts, and that is reported once.
+const std::string& SettingsNow() {
+    auto& store = TheStore();
+    try {
+        store.lastRead = store.path.empty() ? std::string() : ReadSettingsFile(store.path);
+        store.isTold = false;
+    } catch (const RuntimeError& error) {
+        if (!std::exchange(store.isTold, true)) {
+            Trap("modRegistry:QueryValue", [&] {
+                throw RuntimeError(error.Number(),
+                                   "The settings file " + store.path + " cannot be read: " + error.what());
+            });
+        }
+    }
+    return store.lastRead;
 }
 
 bool WriteAll(int file, std::string_view text) {
@@ -122,60 +146,67 @@ bool ChangeSettingsFile(Change change) {
     const auto path = WithoutLinks(store.path);
     const auto folder = Open(FolderOf(path), O_RDONLY | O_DIRECTORY);
     if (!folder || flock(folder.Get(), LOCK_EX) != 0) return false;
-    const auto text = ReadSettingsFile(path);
-    if (!text) return false;
-    SettingsText settings(*text, store.topKey);
-    if (!change(settings)) return false;
-    const auto changed = settings.Text();
-    return changed.size() <= kLargestFile && ReplaceSettingsFile(path, changed);
+    try {
+        SettingsText settings(ReadSettingsFile(path));
+        if (!change(settings)) return false;
+        const auto changed = settings.Text();
+        return static_cast<off_t>(changed.size()) <= kMaxFileBytes && ReplaceSettingsFile(path, changed);
+    } catch (const RuntimeError&) {
+        return false;
+    }
 }
 
 }  // namespace
 
-void SetSettingsFile(std::string path, std::string topKey) {
-    TheStore() = {std::move(path), std::move(topKey), {}, {}};
+void SetSettingsFile(std::string path, std::string_view topKey) {
+    TheStore() = {std::move(path), std::string(TrimEnd(topKey, "\\")), {}, {}, {}, false};
 }
 
 void OverrideSetting(const std::string& name, const std::string& text) {
-    auto& store = TheStore();
-    store.overrides[PlaceOf(store.topKey, name)] = {RegistryType::String, text};
+    TheStore().overrides[LowerCase(name)] = text;
 }
 
 void SetSettingDefault(const std::string& name, const std::string& text) {
-    auto& store = TheStore();
-    store.defaults[PlaceOf(store.topKey, name)] = {RegistryType::String, text};
+    TheStore().defaults[LowerCase(name)] = text;
 }
 
 std::optional<RegistryValue> ReadRegistryValue(RegistryHive, const std::string& keyPath,
                                                const std::string& name, std::size_t maxBytes) {
     const auto& store = TheStore();
-    const auto place = PlaceOf(keyPath, name);
-    auto value = ValueAt(store.overrides, place);
-    if (!value) {
-        if (const auto text = ReadSettingsFile(store.path))
-            value = SettingsText(*text, store.topKey).Find(keyPath, name);
-    }
-    if (!value) value = ValueAt(store.defaults, place);
+    const auto place = NameOf(keyPath, name);
+    auto value = TextIn(store.overrides, place);
+    if (!value) value = SettingsText(SettingsNow()).Find(place);
+    if (!value) value = TextIn(store.defaults, place);
     if (!value) return std::nullopt;
     return AsRead(std::move(*value), maxBytes);
 }
 
 bool WriteRegistryValue(RegistryHive, const std::string& keyPath, const std::string& name, std::uint32_t type,
                         std::string_view data) {
-    const RegistryValue value{type, std::string(data)};
-    if (!ChangeSettingsFile([&](SettingsText& settings) {
-            settings.Put(keyPath, name, value);
-            return true;
-        }))
-        return false;
-    TheStore().overrides.erase(PlaceOf(keyPath, name));
-    return true;
+    const auto place = NameOf(keyPath, name);
+    const bool written = ChangeSettingsFile([&](SettingsText& settings) {
+        settings.Put(place, {type, std::string(data)});
+        return true;
+    });
+    if (written) TheStore().overrides.erase(LowerCase(place));
+    return written;
+}
+
+Path ReadRegistryPath(RegistryHive hive, const std::string& keyPath, const std::string& name) {
+    constexpr std::size_t kMaxPath = 4096;
+    const auto value = ReadRegistryValue(hive, keyPath, name, kMaxPath);
+    return value ? Path::FromSystem(value->data) : Path();
+}
+
+bool WriteRegistryPath(RegistryHive hive, const std::string& keyPath, const std::string& name,
+                       const Path& path) {
+    return WriteRegistryValue(hive, keyPath, name, RegistryType::String, path.System());
 }
 
 bool RemoveRegistryValue(RegistryHive, const std::string& keyPath, const std::string& name) {
-    const bool overridden = TheStore().overrides.erase(PlaceOf(keyPath, name)) != 0;
-    const bool removed =
-        ChangeSettingsFile([&](SettingsText& settings) { return settings.Remove(keyPath, name); });
+    const auto place = NameOf(keyPath, name);
+    const bool overridden = TheStore().overrides.erase(LowerCase(place)) != 0;
+    const bool removed = ChangeSettingsFile([&](SettingsText& settings) { return settings.Remove(place); });
     return overridden || removed;
 }
 

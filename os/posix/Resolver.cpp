@@ -1,82 +1,91 @@
+#include "os/Resolver.h"
+
 #include <netdb.h>
+#include <netinet/in.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
 
-#include <deque>
+#include <list>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <thread>
-#include <vector>
 
-#include "os/net/Questions.h"
-#include "os/net/Watched.h"
+#include "base/Trap.h"
+#include "os/SystemAddress.h"
+#include "os/Watched.h"
 #include "os/posix/FileDescriptor.h"
 
-namespace os::net {
+namespace os {
 namespace {
+
+struct LookUp {
+    std::uint64_t id;
+    std::string host;
+    LookUpReceiver* receiver;
+    std::int32_t number = 0;
+    std::vector<Address> addresses;
+};
 
 // What the loop and the threads share. The last of them to end deletes it: getaddrinfo may sit out its
 // time-outs after the program's loop has ended, and must not be waited for.
 struct Shared {
     std::mutex mutex;
-    std::deque<Question> questions;
-    std::vector<Answer> answers;
-    int threads = 0;
+    std::list<LookUp> running, done;
     posix::FileDescriptor answered{::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)};
 };
 
-Answer LookUp(const Question& question) {
-    addrinfo hints{};
-    hints.ai_family = AF_INET;
-    hints.ai_socktype = SOCK_STREAM;
-    addrinfo* found = nullptr;
-    const int failure = ::getaddrinfo(question.host.c_str(), nullptr, &hints, &found);
-    if (failure != 0) return {question.id, failure == EAI_SYSTEM ? errno : EHOSTUNREACH, {}};
-    const auto address = reinterpret_cast<const sockaddr_in*>(found->ai_addr)->sin_addr;
-    ::freeaddrinfo(found);
-    return {question.id, 0, {address.s_addr}};
-}
-
-void AnswerQuestions(const std::shared_ptr<Shared>& shared) {
-    std::unique_lock lock(shared->mutex);
-    while (!shared->questions.empty()) {
-        const auto question = std::move(shared->questions.front());
-        shared->questions.pop_front();
-        lock.unlock();
-        const auto answer = LookUp(question);
-        lock.lock();
-        shared->answers.push_back(answer);
-        ::eventfd_write(shared->answered.Get(), 1);
+void Ask(LookUp& lookUp) {
+    const int failure = LookUpAddresses(lookUp.host, lookUp.addresses);
+    if (failure == EAI_SYSTEM) {
+        lookUp.number = errno;
+    } else if (failure != 0) {
+        lookUp.number = posix::NumberOfLookUp(failure);
     }
-    --shared->threads;
 }
 
-class Resolver : Watched, public Questions {
+// The thread. Nothing that it does after the look-up can fail.
+void Answer(const std::shared_ptr<Shared>& shared, std::list<LookUp>::iterator lookUp) noexcept {
+    try {
+        Ask(*lookUp);
+    } catch (const std::bad_alloc&) {
+        lookUp->number = ENOMEM;
+    }
+    const std::lock_guard lock(shared->mutex);
+    shared->done.splice(shared->done.end(), shared->running, lookUp);
+    ::eventfd_write(shared->answered.Get(), 1);
+}
+
+class Resolver : Watched {
  public:
     Resolver() {
         if (!shared_->answered) posix::ThrowLastError();
         Watch(shared_->answered.Get(), kReadable);
     }
 
- private:
-    void LookUpLater(Question question) override {
+    void Start(LookUp lookUp) {
         const std::lock_guard lock(shared_->mutex);
-        if (shared_->threads < kMostThreads) {
-            std::thread(AnswerQuestions, shared_).detach();  // waits for the lock
-            ++shared_->threads;
+        const auto place = shared_->running.insert(shared_->running.end(), std::move(lookUp));
+        try {
+            std::thread(Answer, shared_, place).detach();
+        } catch (...) {
+            shared_->running.erase(place);
+            throw;
         }
-        shared_->questions.push_back(std::move(question));
     }
 
+ private:
     void Ready(std::uint32_t) override {
         eventfd_t count = 0;
         ::eventfd_read(shared_->answered.Get(), &count);
-        std::vector<Answer> answers;
+        std::list<LookUp> done;
         {
             const std::lock_guard lock(shared_->mutex);
-            answers.swap(shared_->answers);
+            done.swap(shared_->done);
         }
-        Deliver(answers);
+        for (const auto& one : done) {
+            Trap("EventLoop:Dispatch", [&] { one.receiver->LookedUp(one.id, one.number, one.addresses); });
+        }
     }
 
     std::shared_ptr<Shared> shared_ = std::make_shared<Shared>();
@@ -84,9 +93,10 @@ class Resolver : Watched, public Questions {
 
 }  // namespace
 
-Questions& TheQuestions() {
+// Made with the first question, and never destroyed: sockets of static storage close after the end of main.
+void StartLookUp(std::uint64_t id, const std::string& host, LookUpReceiver& receiver) {
     static Resolver& resolver = *new Resolver;
-    return resolver;
+    resolver.Start({id, host, &receiver, 0, {}});
 }
 
-}  // namespace os::net
+}  // namespace os

@@ -1,16 +1,20 @@
-#include "os/net/Sockets.h"
+#include "os/Sockets.h"
 
+#include <linux/sockios.h>
+#include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/uio.h>
 
 #include <algorithm>
 #include <array>
 
+#include "os/SystemAddress.h"
 #include "os/posix/FileDescriptor.h"
 
-namespace os::net {
+namespace os {
 namespace {
 
 // A server that is lost without a word is noticed after 60 + 6 * 10 seconds.
@@ -27,26 +31,27 @@ void SetOption(SocketHandle handle, int level, int option, int value) {
     ::setsockopt(Descriptor(handle), level, option, &value, sizeof value);
 }
 
-sockaddr_in SocketAddress(std::uint32_t address, std::uint16_t port) {
-    sockaddr_in result{};
-    result.sin_family = AF_INET;
-    result.sin_port = htons(port);
-    result.sin_addr.s_addr = address;
-    return result;
-}
-
 Transfer Result(ssize_t count) {
     if (count >= 0) return {Outcome::Done, static_cast<std::size_t>(count), 0};
     const int number = errno;
-    const bool later = number == EAGAIN || number == EINTR || number == ENOBUFS;
-    return {later ? Outcome::WouldBlock : Outcome::Failed, 0, number};
+    if (number == EAGAIN || number == EINTR) return {Outcome::WouldBlock, 0, number};
+    const bool noBuffers = number == ENOBUFS || number == ENOMEM;
+    return {noBuffers ? Outcome::NoBuffers : Outcome::Failed, 0, number};
 }
 
 }  // namespace
 
+const std::int32_t kConnectionRefused = ECONNREFUSED;
 const std::int32_t kConnectionReset = ECONNRESET;
 const std::int32_t kNoMemory = ENOMEM;
 const std::int32_t kTryAgain = EAGAIN;
+const std::int32_t kTimedOut = ETIMEDOUT;
+const std::int32_t kUnknownName = posix::NumberOfLookUp(EAI_NONAME);
+
+std::string SocketErrorText(std::int32_t number) {
+    const auto failure = posix::NumberOfLookUp(number);  // the way back is the same
+    return failure < 0 ? ::gai_strerror(failure) : std::generic_category().message(number);
+}
 
 void CloseSocket(SocketHandle handle) {
     ::close(Descriptor(handle));
@@ -74,15 +79,16 @@ Transfer Send(SocketHandle handle, std::span<const Part> parts) {
     return Result(::sendmsg(Descriptor(handle), &message, MSG_NOSIGNAL));
 }
 
-Socket OpenSocket() {
-    Socket socket(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+Socket OpenSocket(const Address& address) {
+    Socket socket(
+        ::socket(address.isIPv6 ? AF_INET6 : AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
     if (!socket) posix::ThrowLastError();
     return socket;
 }
 
-void StartConnecting(SocketHandle handle, Address address, std::uint16_t port) {
-    const auto peer = SocketAddress(address.value, port);
-    const int result = ::connect(Descriptor(handle), reinterpret_cast<const sockaddr*>(&peer), sizeof peer);
+void StartConnecting(SocketHandle handle, const Address& address, std::uint16_t port) {
+    const SystemAddress peer(address, port);
+    const int result = ::connect(Descriptor(handle), peer.Get(), peer.size);
     if (result != 0 && errno != EINPROGRESS) posix::ThrowLastError();
 }
 
@@ -94,11 +100,31 @@ void SetOutgoingOptions(SocketHandle handle) {
     SetOption(handle, IPPROTO_TCP, TCP_KEEPCNT, kKeepAliveProbes);
 }
 
+Ends EndsOf(SocketHandle handle) {
+    sockaddr_storage here{};
+    sockaddr_storage there{};
+    socklen_t size = sizeof here;
+    ::getsockname(Descriptor(handle), reinterpret_cast<sockaddr*>(&here), &size);
+    size = sizeof there;
+    ::getpeername(Descriptor(handle), reinterpret_cast<sockaddr*>(&there), &size);
+    return {EndpointFrom(reinterpret_cast<const sockaddr&>(here)),
+            EndpointFrom(reinterpret_cast<const sockaddr&>(there))};
+}
+
 std::int32_t PendingError(SocketHandle handle) {
     int number = 0;
     socklen_t size = sizeof number;
     ::getsockopt(Descriptor(handle), SOL_SOCKET, SO_ERROR, &number, &size);
     return number;
+}
+
+bool StoodBefore(std::int32_t error) {
+    return error == ECONNRESET || error == EPIPE;
+}
+
+std::size_t UnsentBytes(SocketHandle handle) {
+    int count = 0;
+    return ::ioctl(Descriptor(handle), SIOCOUTQ, &count) == 0 ? static_cast<std::size_t>(count) : 0;
 }
 
 void EndSending(SocketHandle handle) {
@@ -111,16 +137,15 @@ void ResetOnClose(SocketHandle handle) {
 }
 
 Socket ListenOnLoopback(std::uint16_t port) {
-    auto socket = OpenSocket();
+    auto socket = OpenSocket(kLoopback);
     // Lets a restarted program listen while connections of the last one are in TIME_WAIT; two listeners on
     // one port are still refused (socket(7)).
     SetOption(socket.Get(), SOL_SOCKET, SO_REUSEADDR, 1);
     // Accepted sockets inherit it.
     SetOption(socket.Get(), IPPROTO_TCP, TCP_NODELAY, 1);
-    const auto address = SocketAddress(htonl(INADDR_LOOPBACK), port);
+    const SystemAddress address(kLoopback, port);
     const int descriptor = Descriptor(socket.Get());
-    if (::bind(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-        ::listen(descriptor, SOMAXCONN) != 0) {
+    if (::bind(descriptor, address.Get(), address.size) != 0 || ::listen(descriptor, SOMAXCONN) != 0) {
         posix::ThrowLastError();
     }
     return socket;
@@ -149,4 +174,4 @@ AcceptOutcome AcceptClient(SocketHandle listening, Socket& accepted) {
     }
 }
 
-}  // namespace os::net
+}  // namespace os

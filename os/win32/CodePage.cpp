@@ -1,30 +1,32 @@
 #include "os/CodePage.h"
 
-#include <windows.h>
+#include <utility>
 
-#include <array>
+#include "base/Unicode.h"
+#include "os/win32/WideText.h"
 
 namespace os {
 
 std::string EncodeInCodePage(char32_t character) {
-    std::array<wchar_t, 2> wide = {static_cast<wchar_t>(character), 0};
-    int wideCount = 1;
-    if (character > 0xFFFF) {
-        const auto above = character - 0x10000;
-        wide = {static_cast<wchar_t>(0xD800 + (above >> 10)), static_cast<wchar_t>(0xDC00 + (above & 0x3FF))};
-        wideCount = 2;
-    } else if (character >= 0xD800 && character < 0xE000) {
-        return {};
-    }
-    std::array<char, 8> bytes;
-    BOOL replaced = FALSE;
-    // With UTF-8 as the code page nothing can be missing, and the system refuses to be asked about it.
-    const bool unicode = GetACP() == CP_UTF8;
-    const int count =
-        WideCharToMultiByte(CP_ACP, unicode ? 0 : WC_NO_BEST_FIT_CHARS, wide.data(), wideCount, bytes.data(),
-                            static_cast<int>(bytes.size()), nullptr, unicode ? nullptr : &replaced);
-    if (count <= 0 || replaced != FALSE) return {};
-    return {bytes.data(), static_cast<std::size_t>(count)};
+    if (character >= 0xD800 && character < 0xE000) return {};
+    std::string utf8;
+    AppendUtf8(utf8, character);
+    bool lossy = false;
+    auto bytes = BytesOf(CP_ACP, WideOf(CP_UTF8, utf8), false, &lossy);
+    return lossy ? std::string() : bytes;
+}
+
+std::string TextFromBytes(std::string bytes) {
+    return bytes;
+}
+
+std::string Utf8FromText(std::string bytes) {
+    if (bytes.starts_with(kUtf8Mark)) return bytes.substr(kUtf8Mark.size());
+    return BytesOf(CP_UTF8, WideOf(CP_ACP, bytes));
+}
+
+WireText TextForWire(std::string text) {
+    return {std::move(text)};
 }
 
 }  // namespace os

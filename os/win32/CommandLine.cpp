@@ -1,4 +1,4 @@
-#include "os/CommandLine.h"
+#include "os/desktop/CommandLine.h"
 
 #include <windows.h>
 

@@ -1,9 +1,10 @@
 // The calls of a dialog: each is a message to a control's window.
-#include "os/Dialog.h"
+#include "os/desktop/Dialog.h"
 
 #include <string>
 
 #include "os/win32/DialogImpl.h"
+#include "os/win32/DialogMessages.h"
 #include "os/win32/DialogTemplate.h"
 
 namespace os {
@@ -12,12 +13,12 @@ namespace {
 using Kind = ControlKind;
 
 int Send(HWND control, UINT message, int wParam = 0, LPARAM lParam = 0) {
-    return static_cast<int>(SendMessageA(control, message, static_cast<WPARAM>(wParam), lParam));
+    return static_cast<int>(SendMessageW(control, message, static_cast<WPARAM>(wParam), lParam));
 }
 
-std::string WindowText(HWND window) {
-    std::string text(static_cast<std::size_t>(GetWindowTextLengthA(window)) + 1, '\0');
-    const int length = GetWindowTextA(window, text.data(), static_cast<int>(text.size()));
+std::wstring WindowText(HWND window) {
+    std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(window)) + 1, L'\0');
+    const int length = GetWindowTextW(window, text.data(), static_cast<int>(text.size()));
     text.resize(static_cast<std::size_t>(length));
     return text;
 }
@@ -31,54 +32,41 @@ void CheckPosition(int position, int count) {
     if (position < 0 || position >= count) ThrowInvalidArgument();
 }
 
-std::string CellText(HWND list, int row, int column) {
-    std::string text(256, '\0');
+std::wstring TextOfCell(HWND list, int row, int column) {
+    std::wstring text(256, L'\0');
     for (;;) {
-        LVITEMA item{};
+        LVITEMW item{};
         item.iSubItem = column;
         item.pszText = text.data();
         item.cchTextMax = static_cast<int>(text.size());
         const auto length =
-            static_cast<std::size_t>(Send(list, LVM_GETITEMTEXTA, row, reinterpret_cast<LPARAM>(&item)));
+            static_cast<std::size_t>(Send(list, LVM_GETITEMTEXTW, row, reinterpret_cast<LPARAM>(&item)));
         if (length + 1 < text.size()) return text.substr(0, length);
         text.resize(text.size() * 2);
     }
 }
 
-void SetCellText(HWND list, UINT message, int row, int column, std::string text) {
-    LVITEMA item{};
+void SetCellText(HWND list, UINT message, int row, int column, std::wstring text) {
+    LVITEMW item{};
     item.mask = LVIF_TEXT;
     item.iItem = row;
     item.iSubItem = column;
     item.pszText = text.data();
-    Send(list, message, message == LVM_SETITEMTEXTA ? row : 0, reinterpret_cast<LPARAM>(&item));
+    Send(list, message, message == LVM_SETITEMTEXTW ? row : 0, reinterpret_cast<LPARAM>(&item));
 }
 
 void SelectRow(HWND list, int row, UINT state) {
-    LVITEMA item{};
+    LVITEMW item{};
     item.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
     item.state = state;
     Send(list, LVM_SETITEMSTATE, row, reinterpret_cast<LPARAM>(&item));
 }
 
-// Where the window goes when it opens: the middle of the working area of the pointer's screen, with its title
-// bar always within.
-void Centre(HWND window) {
-    POINT pointer{};
-    GetCursorPos(&pointer);
-    MONITORINFO screen{};
-    screen.cbSize = sizeof(screen);
-    RECT frame;
-    if (!GetMonitorInfoA(MonitorFromPoint(pointer, MONITOR_DEFAULTTONEAREST), &screen)) return;
-    GetWindowRect(window, &frame);
-    const RECT& area = screen.rcWork;
-    const LONG left = area.left + (area.right - area.left - (frame.right - frame.left)) / 2;
-    const LONG top = area.top + (area.bottom - area.top - (frame.bottom - frame.top)) / 2;
-    SetWindowPos(window, nullptr, std::max(left, area.left), std::max(top, area.top), 0, 0,
-                 SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
-}
-
 }  // namespace
+
+std::string Dialog::Impl::TextOf(HWND control) const {
+    return FromWide(WindowText(control));
+}
 
 int Dialog::Impl::Value(std::size_t row) const {
     const HWND control = controls[row].window;
@@ -89,6 +77,7 @@ int Dialog::Impl::Value(std::size_t row) const {
         case Kind::DropDownList:
             return Send(control, CB_GETCURSEL);
         case Kind::ListView:
+        case Kind::VirtualList:
             return Send(control, LVM_GETNEXTITEM, -1, LVNI_SELECTED);
         case Kind::TabStrip:
             return Send(control, TCM_GETCURSEL);
@@ -118,6 +107,7 @@ void Dialog::Impl::SetValue(std::size_t row, int value) {
             Send(control, CB_SETCURSEL, value);
             return;
         case Kind::ListView:
+        case Kind::VirtualList:
             if (value != -1) CheckPosition(value, Send(control, LVM_GETITEMCOUNT));
             SelectRow(control, -1, 0);
             if (value != -1) SelectRow(control, value, LVIS_SELECTED | LVIS_FOCUSED);
@@ -150,16 +140,18 @@ WindowHandle Dialog::Handle() const {
     return reinterpret_cast<WindowHandle>(impl_->window);
 }
 
-void Dialog::Show() {
+void Dialog::Show(Opening opening) {
     const HWND window = impl_->window;
     if (!IsShown()) {
-        // Twice, because a window that moves to a screen of another resolution changes its size.
-        Centre(window);
-        Centre(window);
-        ShowWindow(window, SW_SHOW);
-        impl_->FocusFirst();
+        impl_->Place(opening);
+        impl_->Arrange();
+        ShowWindow(window, !opening.takesFocus         ? SW_SHOWNOACTIVATE
+                           : opening.place.isMaximized ? SW_SHOWMAXIMIZED
+                                                       : SW_SHOW);
+        if (opening.takesFocus) impl_->FocusFirst();
     }
-    SetForegroundWindow(window);
+    if (IsIconic(window)) ShowWindow(window, SW_RESTORE);
+    if (opening.takesFocus) SetForegroundWindow(UsableWindow(window));
 }
 
 void Dialog::Close() {
@@ -176,13 +168,18 @@ void Dialog::On(ControlId control, Handler handler) {
 }
 
 void Dialog::OnEnter(ControlId control, Handler handler) {
-    impl_->Window(control, Kind::TextBox);
+    impl_->Window(control, [](Kind kind) { return kind == Kind::TextBox || IsList(kind); });
     impl_->controls[RowOf(impl_->table, control)].onEnter = std::move(handler);
 }
 
 void Dialog::OnFull(ControlId control, Handler handler) {
     impl_->Window(control, IsText);
     impl_->controls[RowOf(impl_->table, control)].onFull = std::move(handler);
+}
+
+void Dialog::OnDelete(ControlId control, Handler handler) {
+    impl_->Window(control, IsList);
+    impl_->controls[RowOf(impl_->table, control)].onDelete = std::move(handler);
 }
 
 std::string Dialog::Text(ControlId control) const {
@@ -192,7 +189,8 @@ std::string Dialog::Text(ControlId control) const {
         const int chosen = impl_->Value(row);
         return chosen < 0 ? std::string() : Entry(control, chosen);
     }
-    const auto text = WindowText(impl_->controls[row].window);
+    if (kind == Kind::IconPicture) return impl_->controls[row].picture;
+    const auto text = impl_->TextOf(impl_->controls[row].window);
     return HasAccessKey(kind) ? WithoutAccessKeyMarks(text) : text;
 }
 
@@ -201,12 +199,31 @@ void Dialog::SetText(ControlId control, const std::string& text) {
     const auto row = RowOf(impl_->table, control);
     const Kind kind = impl_->table.controls[row].kind;
     if (kind == Kind::DropDownList) ThrowInvalidArgument();
-    SetWindowTextA(impl_->controls[row].window,
-                   (HasAccessKey(kind) ? WithAccessKeyMarks(text) : text).c_str());
+    if (kind == Kind::IconPicture) return impl_->ShowPicture(row, text);
+    const auto shown = impl_->Wide(HasAccessKey(kind) ? WithAccessKeyMarks(text) : text);
+    SetWindowTextW(impl_->controls[row].window, shown.c_str());
+}
+
+void Dialog::MarkText(ControlId control, std::size_t begin, std::size_t length) {
+    const HWND window = impl_->Window(control, [](Kind kind) { return IsText(kind) || IsReadOnly(kind); });
+    // The control counts characters.
+    const auto text = impl_->TextOf(window);
+    const auto characters = [&](std::size_t bytes) {
+        return static_cast<int>(impl_->Wide(std::string_view(text).substr(0, bytes)).size());
+    };
+    Send(window, EM_SETSEL, characters(begin), characters(begin + length));
+    Send(window, EM_SCROLLCARET);
+}
+
+bool Dialog::LosesLetters(ControlId control) const {
+    bool isLost = false;
+    BytesOf(impl_->codePage, WindowText(impl_->Window(control, IsText)), false, &isLost);
+    return isLost;
 }
 
 void Dialog::LimitText(ControlId control, std::size_t bytes) {
-    SendMessageA(impl_->Window(control, IsText), EM_LIMITTEXT, bytes, 0);
+    SendMessageW(impl_->Window(control, IsText), EM_LIMITTEXT, bytes, 0);
+    impl_->controls[RowOf(impl_->table, control)].limit = bytes;
 }
 
 int Dialog::Value(ControlId control) const {
@@ -234,7 +251,8 @@ void Dialog::ClearEntries(ControlId control) {
 }
 
 void Dialog::AddEntry(ControlId control, const std::string& text) {
-    Send(impl_->Window(control, Kind::DropDownList), CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text.c_str()));
+    const auto wide = impl_->Wide(text);
+    Send(impl_->Window(control, Kind::DropDownList), CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(wide.c_str()));
 }
 
 int Dialog::EntryCount(ControlId control) const {
@@ -244,24 +262,25 @@ int Dialog::EntryCount(ControlId control) const {
 std::string Dialog::Entry(ControlId control, int position) const {
     const HWND list = impl_->Window(control, Kind::DropDownList);
     CheckPosition(position, EntryCount(control));
-    std::string text(static_cast<std::size_t>(Send(list, CB_GETLBTEXTLEN, position)) + 1, '\0');
+    std::wstring text(static_cast<std::size_t>(Send(list, CB_GETLBTEXTLEN, position)) + 1, L'\0');
     const int length = Send(list, CB_GETLBTEXT, position, reinterpret_cast<LPARAM>(text.data()));
     text.resize(static_cast<std::size_t>(std::max(length, 0)));
-    return text;
+    return impl_->FromWide(text);
 }
 
 void Dialog::AddColumn(ControlId control, const std::string& caption, int width) {
-    const HWND list = impl_->Window(control, Kind::ListView);
+    const HWND list = impl_->Window(control, IsList);
     RECT units{0, 0, width, 0};
     MapDialogRect(impl_->window, &units);
-    std::string text = caption;
-    const int count = Send(reinterpret_cast<HWND>(SendMessageA(list, LVM_GETHEADER, 0, 0)), HDM_GETITEMCOUNT);
-    LVCOLUMNA column{};
+    auto text = impl_->Wide(caption);
+    const int count = Send(reinterpret_cast<HWND>(SendMessageW(list, LVM_GETHEADER, 0, 0)), HDM_GETITEMCOUNT);
+    LVCOLUMNW column{};
     column.mask = LVCF_TEXT | LVCF_WIDTH | LVCF_SUBITEM;
     column.pszText = text.data();
     column.cx = units.right;
     column.iSubItem = count;
-    Send(list, LVM_INSERTCOLUMNA, count, reinterpret_cast<LPARAM>(&column));
+    Send(list, LVM_INSERTCOLUMNW, count, reinterpret_cast<LPARAM>(&column));
+    impl_->controls[RowOf(impl_->table, control)].lastColumn = width;
 }
 
 void Dialog::ClearRows(ControlId control) {
@@ -273,29 +292,29 @@ void Dialog::AddRow(ControlId control, const std::vector<std::string>& cells) {
     const Quiet quietly(impl_->quiet);
     const HWND list = impl_->Window(control, Kind::ListView);
     const int row = RowCount(control);
-    SetCellText(list, LVM_INSERTITEMA, row, 0, cells.empty() ? std::string() : cells.front());
+    SetCellText(list, LVM_INSERTITEMW, row, 0, cells.empty() ? std::wstring() : impl_->Wide(cells.front()));
     for (std::size_t column = 1; column < cells.size(); ++column)
-        SetCellText(list, LVM_SETITEMTEXTA, row, static_cast<int>(column), cells[column]);
+        SetCellText(list, LVM_SETITEMTEXTW, row, static_cast<int>(column), impl_->Wide(cells[column]));
 }
 
 void Dialog::RemoveRow(ControlId control, int row) {
     const Quiet quietly(impl_->quiet);
     CheckPosition(row, RowCount(control));
+    const bool isSelected = Value(control) == row;
     Send(impl_->Window(control, Kind::ListView), LVM_DELETEITEM, row);
+    if (isSelected) SetValue(control, std::min(row, RowCount(control) - 1));
 }
 
 int Dialog::RowCount(ControlId control) const {
-    return Send(impl_->Window(control, Kind::ListView), LVM_GETITEMCOUNT);
+    return Send(impl_->Window(control, IsList), LVM_GETITEMCOUNT);
 }
 
 std::string Dialog::Cell(ControlId control, int row, int column) const {
     CheckPosition(row, RowCount(control));
-    return CellText(impl_->Window(control, Kind::ListView), row, column);
-}
-
-bool Dialog::IsRowSelected(ControlId control, int row) const {
-    CheckPosition(row, RowCount(control));
-    return Send(impl_->Window(control, Kind::ListView), LVM_GETITEMSTATE, row, LVIS_SELECTED) != 0;
+    const auto position = RowOf(impl_->table, control);
+    if (impl_->table.controls[position].kind == Kind::VirtualList)
+        return impl_->CellOf(position, row, column);
+    return impl_->FromWide(TextOfCell(impl_->controls[position].window, row, column));
 }
 
 void Dialog::Enable(ControlId control, bool enabled) {

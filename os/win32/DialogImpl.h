@@ -6,10 +6,14 @@
 // after windows.h
 #include <commctrl.h>
 
+#include <optional>
+#include <string>
 #include <vector>
 
-#include "os/Dialog.h"
-#include "os/DialogRows.h"
+#include "os/desktop/Dialog.h"
+#include "os/desktop/DialogRows.h"
+#include "os/win32/DialogTemplate.h"
+#include "os/win32/WideText.h"
 
 namespace os {
 
@@ -18,17 +22,28 @@ struct Dialog::Impl {
         HWND window = nullptr;
         bool told = true;   // no notification of it is on its way
         int lastValue = 0;  // of a slider, when its movement was told last
+        std::size_t limit = kDefaultTextLimit;
         Handler on;
         Handler onEnter;
         Handler onFull;
+        Handler onDelete;
+        std::string picture;  // its name
+        CellText cellText;
+        int firstKnown = 0;  // row of a virtual list from which on `known` has what was drawn last
+        std::vector<std::string> known;
+        int lastColumn = 0;  // of a list: the width of its last column as the presenter wants it
     };
 
     Dialog& self;
     const DialogTable& table;
+    const UINT codePage = CodePageOf(table);
     HWND window = nullptr;
     std::vector<HWND> pages;
     std::vector<ControlState> controls;
-    int quiet = 0;  // above 0 while the program itself changes controls
+    int quiet = 0;     // above 0 while the program itself changes controls
+    int scrolled = 0;  // pixels that the inside has been moved up by
+    HFONT fixedFont = nullptr;
+    HFONT fixedFontOf = nullptr;  // the dialog's, which it was made after
 
     Impl(Dialog& dialog, const DialogTable& dialogTable);
     ~Impl();
@@ -46,11 +61,40 @@ struct Dialog::Impl {
         return Window(id, [kind](ControlKind other) { return other == kind; });
     }
 
+    std::wstring Wide(std::string_view text) const { return WideOf(codePage, text); }
+    std::string FromWide(std::wstring_view text) const { return BytesOf(codePage, text, true); }
+    std::string TextOf(HWND control) const;
+
     int Value(std::size_t row) const;
     void SetValue(std::size_t row, int value);
+    void ShowPicture(std::size_t row, std::string_view name);
     void ShowCurrentPage();
     void FocusFirst();
     void FocusOn(HWND control);
+
+    // Before the window opens (DialogPlacement.cpp): the middle of the pointer's screen, and so many title
+    // bars further. A window that is higher than the screen gets a scroll bar.
+    void Place(const Opening& opening);
+    // For a window with a scroll bar; others stay as they are.
+    void ScrollTo(int position);
+    void BringIntoView(HWND control);
+    void WhenBarMoved(int request);
+
+    // Of a window that can be resized (DialogResizing.cpp); nothing happens to others.
+    void Arrange();
+    void TellLeastSize(MINMAXINFO& limits) const;
+    INT_PTR WhenLooksChange(HWND changed, UINT message, LPARAM lParam);
+    void FitInside(const RECT& area);
+    void PlaceAt(const WindowPlace& place);
+    void PlacePages();
+    void GiveFixedFonts();
+
+    // A cell of the virtual list in a row of the table (DialogLists.cpp), and the answer to what a list asks;
+    // nothing when it has not asked.
+    void FillLastColumn(std::size_t row) const;
+    void DrawRows(std::size_t row, int top, int bottom);
+    std::string CellOf(std::size_t row, int listRow, int column) const;
+    std::optional<LONG_PTR> WhenListAsks(std::size_t row, NMHDR& header);
 
     // What the windows report. Each can end in a handler that destroys the dialog, so it is the last thing
     // that its caller does.
@@ -58,7 +102,7 @@ struct Dialog::Impl {
     void PressOrClose(std::size_t row);
     void PressEscape();
     void WhenCommand(int windowId, UINT notification);
-    void WhenNotify(const NMHDR& header);
+    void WhenNotify(HWND parent, NMHDR& header);
     void WhenScrolled(HWND slider);
     bool WhenKey(const MSG& message);
 
@@ -67,6 +111,9 @@ struct Dialog::Impl {
     void MakeControl(std::size_t row);
     std::size_t RowOfWindow(HWND control) const;  // the number of rows when it is none of ours
     void PostRaise(std::size_t row, bool full);
+    void FitHeight(int most);
+    bool CutToLimit(std::size_t row);
+    bool CopyReadOnlyText(HWND focused);
     bool TurnPage(int step);
 };
 

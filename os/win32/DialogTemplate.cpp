@@ -7,7 +7,8 @@
 #include <cstring>
 #include <string>
 
-#include "os/DialogRows.h"
+#include "os/desktop/DialogRows.h"
+#include "os/win32/WideText.h"
 
 namespace os {
 namespace {
@@ -30,13 +31,9 @@ class Writer {
             words_.push_back(static_cast<std::uint16_t>(static_cast<std::uint32_t>(number) >> (8 * i)));
     }
 
-    // A zero-terminated UTF-16 string out of text in the ANSI code page.
-    void PutText(const std::string& text) {
-        const int length = static_cast<int>(text.size());
-        std::wstring wide(text.size(), L'\0');
-        const int wideLength = MultiByteToWideChar(CP_ACP, 0, text.data(), length, wide.data(), length);
-        for (int i = 0; i < wideLength; ++i)
-            Put(static_cast<std::uint16_t>(wide[static_cast<std::size_t>(i)]));
+    // A zero-terminated UTF-16 string.
+    void PutText(const std::wstring& text) {
+        for (const wchar_t c : text) Put(static_cast<std::uint16_t>(c));
         Put(std::uint16_t{0});
     }
 
@@ -65,12 +62,19 @@ WindowClass ClassOf(Kind kind) {
     switch (kind) {
         case Kind::Label:
             return {"STATIC", SS_LEFT | SS_NOPREFIX, 0};
+        case Kind::UnseenLabel:
+            return {"STATIC", SS_LEFT | SS_NOPREFIX, 0};
         case Kind::IconPicture:
             return {"STATIC", SS_ICON, 0};
         case Kind::TextBox:
             return {"EDIT", WS_TABSTOP | ES_AUTOHSCROLL, WS_EX_CLIENTEDGE};
         case Kind::MultiLineText:
             return {"EDIT", WS_TABSTOP | WS_VSCROLL | ES_MULTILINE | ES_AUTOVSCROLL | ES_WANTRETURN,
+                    WS_EX_CLIENTEDGE};
+        case Kind::ReadOnlyText:
+        case Kind::FixedText:
+            return {"EDIT",
+                    WS_TABSTOP | WS_VSCROLL | ES_MULTILINE | ES_AUTOVSCROLL | ES_READONLY | ES_NOHIDESEL,
                     WS_EX_CLIENTEDGE};
         case Kind::Button:
         case Kind::CancelButton:
@@ -84,7 +88,13 @@ WindowClass ClassOf(Kind kind) {
         case Kind::DropDownList:
             return {"COMBOBOX", WS_TABSTOP | WS_VSCROLL | CBS_DROPDOWNLIST, 0};
         case Kind::ListView:
-            return {WC_LISTVIEWA, WS_TABSTOP | LVS_REPORT | LVS_SHOWSELALWAYS | LVS_NOSORTHEADER,
+            return {WC_LISTVIEWA,
+                    WS_TABSTOP | LVS_REPORT | LVS_SINGLESEL | LVS_SHOWSELALWAYS | LVS_NOSORTHEADER,
+                    WS_EX_CLIENTEDGE};
+        case Kind::VirtualList:
+            return {WC_LISTVIEWA,
+                    WS_TABSTOP | LVS_REPORT | LVS_SINGLESEL | LVS_SHOWSELALWAYS | LVS_NOSORTHEADER |
+                        LVS_OWNERDATA,
                     WS_EX_CLIENTEDGE};
         case Kind::Slider:
             return {TRACKBAR_CLASSA, WS_TABSTOP | TBS_HORZ | TBS_NOTICKS, 0};
@@ -109,7 +119,8 @@ bool BeginsGroup(const DialogTable& table, std::size_t row) {
 
 DWORD StyleOf(const DialogTable& table, std::size_t row) {
     const Control& control = table.controls[row];
-    DWORD style = WS_CHILD | WS_VISIBLE | ClassOf(control.kind).style;
+    DWORD style = WS_CHILD | ClassOf(control.kind).style;
+    if (control.kind != Kind::UnseenLabel) style |= WS_VISIBLE;
     if (BeginsGroup(table, row)) style |= WS_GROUP;
     if (control.kind == Kind::OptionButton && GroupOf(table, row).first == row) style |= WS_TABSTOP;
     if (IsMarked(control.kind) && control.rect.height >= kSeveralLines) style |= BS_MULTILINE | BS_TOP;
@@ -117,7 +128,7 @@ DWORD StyleOf(const DialogTable& table, std::size_t row) {
 }
 
 std::string TitleOf(const Control& control) {
-    if (control.kind == Kind::Label) return control.caption;
+    if (control.kind == Kind::Label || control.kind == Kind::UnseenLabel) return control.caption;
     if (!IsButton(control.kind) && !IsMarked(control.kind) && control.kind != Kind::GroupFrame) return {};
     return WithAccessKeyMarks(control.caption);
 }
@@ -132,14 +143,29 @@ void PutItem(Writer& writer, const DialogTable& table, std::size_t row) {
     writer.Put(control.rect.left);
     writer.Put(control.rect.top);
     writer.Put(control.rect.width);
-    writer.Put(control.kind == Kind::DropDownList ? kOpenListHeight : control.rect.height);
+    writer.Put(TemplateHeight(control));
     writer.Put(ControlWindowId(table, row));
-    writer.PutText(windowClass.name);
-    writer.PutText(TitleOf(control));
+    writer.PutText(WideOf(CP_ACP, windowClass.name));
+    writer.PutText(WideOf(CodePageOf(table), TitleOf(control)));
     writer.Put(WORD{0});  // no creation data
 }
 
+DWORD WindowStyle(const DialogTable& table, bool isPage) {
+    if (isPage) return DS_SHELLFONT | DS_CONTROL | WS_CHILD;
+    const DWORD style = DS_SHELLFONT | WS_POPUP | WS_CAPTION | WS_SYSMENU;
+    if (!CanBeResized(table)) return style;
+    return style | WS_THICKFRAME | WS_MINIMIZEBOX | WS_MAXIMIZEBOX | WS_CLIPCHILDREN;
+}
+
 }  // namespace
+
+unsigned CodePageOf(const DialogTable& table) {
+    return table.isUtf8 ? CP_UTF8 : CP_ACP;
+}
+
+short TemplateHeight(const Control& control) {
+    return control.kind == Kind::DropDownList ? kOpenListHeight : control.rect.height;
+}
 
 int ControlWindowId(const DialogTable& table, std::size_t row) {
     const Kind kind = table.controls[row].kind;
@@ -173,18 +199,17 @@ std::vector<std::uint32_t> DialogTemplate(const DialogTable& table, int page) {
     writer.Put(WORD{0xFFFF});  // signature
     writer.Put(DWORD{0});      // helpID
     writer.Put(static_cast<DWORD>(isPage ? WS_EX_CONTROLPARENT : WS_EX_APPWINDOW));
-    writer.Put(static_cast<DWORD>(isPage ? DS_SHELLFONT | DS_CONTROL | WS_CHILD
-                                         : DS_SHELLFONT | WS_POPUP | WS_CAPTION | WS_SYSMENU));
+    writer.Put(WindowStyle(table, isPage));
     writer.Put(static_cast<WORD>(items));
     for (const short size : {short{0}, short{0}, table.width, table.height}) writer.Put(size);
     writer.Put(WORD{0});  // no menu
     writer.Put(WORD{0});  // the system's class of dialogs
-    writer.PutText(isPage ? "" : table.caption);
+    writer.PutText(isPage ? std::wstring() : WideOf(CodePageOf(table), table.caption));
     // The font that every dialog of the system uses, so that dialog units mean the same everywhere.
     writer.Put(WORD{8});                     // points
     writer.Put(WORD{FW_NORMAL});             // weight
     writer.Put(WORD{DEFAULT_CHARSET << 8});  // not italic (low byte); character set
-    writer.PutText("MS Shell Dlg 2");
+    writer.PutText(L"MS Shell Dlg 2");
     for (std::size_t row = 0; row < controls.size(); ++row)
         if (controls[row].page == page) PutItem(writer, table, row);
     return writer.Take();

@@ -2,6 +2,7 @@
 #include <string>
 
 #include "base/Trap.h"
+#include "os/desktop/MessageBox.h"
 #include "os/win32/DialogImpl.h"
 #include "os/win32/DialogMessages.h"
 #include "os/win32/DialogTemplate.h"
@@ -48,10 +49,16 @@ INT_PTR HandleMessage(Impl& dialog, HWND window, UINT message, WPARAM wParam, LP
             dialog.WhenCommand(LOWORD(wParam), HIWORD(wParam));
             return TRUE;
         case WM_NOTIFY:
-            dialog.WhenNotify(*reinterpret_cast<const NMHDR*>(lParam));
+            dialog.WhenNotify(window, *reinterpret_cast<NMHDR*>(lParam));
             return TRUE;
         case WM_HSCROLL:
             dialog.WhenScrolled(reinterpret_cast<HWND>(lParam));
+            return TRUE;
+        case WM_VSCROLL:
+            dialog.WhenBarMoved(LOWORD(wParam));
+            return TRUE;
+        case WM_MOUSEWHEEL:
+            dialog.WhenBarMoved(GET_WHEEL_DELTA_WPARAM(wParam) > 0 ? SB_LINEUP : SB_LINEDOWN);
             return TRUE;
         case WM_CLOSE:
             if (window == dialog.window) dialog.PressEscape();
@@ -61,16 +68,16 @@ INT_PTR HandleMessage(Impl& dialog, HWND window, UINT message, WPARAM wParam, LP
             dialog.Raise(wParam, lParam != 0 ? &Impl::ControlState::onFull : &Impl::ControlState::on);
             return TRUE;
         default:
-            return FALSE;
+            return dialog.WhenLooksChange(window, message, lParam);
     }
 }
 
 INT_PTR CALLBACK DialogProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WM_INITDIALOG) {
-        SetWindowLongPtrA(window, DWLP_USER, lParam);
+        SetWindowLongPtrW(window, DWLP_USER, lParam);
         return FALSE;
     }
-    auto* const dialog = reinterpret_cast<Impl*>(GetWindowLongPtrA(window, DWLP_USER));
+    auto* const dialog = reinterpret_cast<Impl*>(GetWindowLongPtrW(window, DWLP_USER));
     if (dialog == nullptr) return message == kDestroyMessage ? DestroyWindow(window) : FALSE;
     return Trap("Dialog:WindowProcedure",
                 [&] { return HandleMessage(*dialog, window, message, wParam, lParam); });
@@ -79,7 +86,7 @@ INT_PTR CALLBACK DialogProcedure(HWND window, UINT message, WPARAM wParam, LPARA
 HWND MakeWindow(const DialogTable& table, int page, HWND parent, Impl* dialog) {
     const auto bytes = DialogTemplate(table, page);
     const HWND window =
-        CreateDialogIndirectParamA(GetModuleHandleA(nullptr), reinterpret_cast<LPCDLGTEMPLATEA>(bytes.data()),
+        CreateDialogIndirectParamW(GetModuleHandleA(nullptr), reinterpret_cast<LPCDLGTEMPLATEW>(bytes.data()),
                                    parent, DialogProcedure, reinterpret_cast<LPARAM>(dialog));
     if (window == nullptr)
         throw RuntimeError(static_cast<std::int32_t>(GetLastError()), "The window could not be made");
@@ -93,10 +100,35 @@ void InitialiseControls() {
     InitCommonControlsEx(&classes);
 }
 
+// For the visible window that another one owns.
+struct Search {
+    HWND owner;
+    HWND found;
+};
+
+BOOL CALLBACK FindOwned(HWND other, LPARAM parameter) {
+    auto& search = *reinterpret_cast<Search*>(parameter);
+    if (GetWindow(other, GW_OWNER) != search.owner || !IsWindowVisible(other)) return TRUE;
+    search.found = other;
+    return FALSE;
+}
+
 }  // namespace
 
 void SetDialogOwner(WindowHandle owner) {
     dialogOwner = reinterpret_cast<HWND>(owner);
+}
+
+HWND UsableWindow(HWND window) {
+    if (IsWindowEnabled(window)) return window;
+    Search search{window, window};
+    EnumThreadWindows(GetCurrentThreadId(), FindOwned, reinterpret_cast<LPARAM>(&search));
+    return search.found == window ? window : UsableWindow(search.found);
+}
+
+HWND OwnerOfBoxes() {
+    const auto cause = reinterpret_cast<HWND>(BoxesBefore::Current());
+    return IsWindowVisible(cause) ? cause : dialogOwner;
 }
 
 bool TakeDialogMessage(MSG& message) {
@@ -104,7 +136,12 @@ bool TakeDialogMessage(MSG& message) {
     Dialog* const dialog = DialogAccess::OfWindow(root);
     if (dialog == nullptr) return false;
     if (message.message == WM_KEYDOWN && DialogAccess::Of(*dialog).WhenKey(message)) return true;
-    return IsDialogMessageA(root, &message) != FALSE;
+    const HWND focusBefore = GetFocus();
+    if (IsDialogMessageW(root, &message) == FALSE) return false;
+    // A handler may have destroyed the dialog.
+    if (GetFocus() != focusBefore && DialogAccess::OfWindow(root) == dialog)
+        DialogAccess::Of(*dialog).BringIntoView(GetFocus());
+    return true;
 }
 
 Dialog* DialogAccess::OfWindow(HWND window) {
@@ -120,46 +157,49 @@ Dialog::Impl::Impl(Dialog& dialog, const DialogTable& dialogTable)
     const Quiet quietly(quiet);
     window = MakeWindow(table, kNoPage, dialogOwner, this);
     Dialogs().push_back(this);
-    SendMessageA(window, WM_SETICON, ICON_BIG,
+    SendMessageW(window, WM_SETICON, ICON_BIG,
                  reinterpret_cast<LPARAM>(ApplicationIcon(SM_CXICON, SM_CYICON)));
-    SendMessageA(window, WM_SETICON, ICON_SMALL,
+    SendMessageW(window, WM_SETICON, ICON_SMALL,
                  reinterpret_cast<LPARAM>(ApplicationIcon(SM_CXSMICON, SM_CYSMICON)));
     const auto tabs = FirstOfKind(table, Kind::TabStrip);
     if (tabs < controls.size())
         MakePages(table.controls[tabs], GetDlgItem(window, ControlWindowId(table, tabs)));
     for (std::size_t row = 0; row < controls.size(); ++row) MakeControl(row);
+    GiveFixedFonts();
     ShowCurrentPage();
 }
 
 // The windows go later, from the loop: the message of one of them may be what destroys the dialog.
 Dialog::Impl::~Impl() {
     std::erase(Dialogs(), this);
-    for (const HWND page : pages) SetWindowLongPtrA(page, DWLP_USER, 0);
-    SetWindowLongPtrA(window, DWLP_USER, 0);
+    for (const HWND page : pages) SetWindowLongPtrW(page, DWLP_USER, 0);
+    SetWindowLongPtrW(window, DWLP_USER, 0);
     ShowWindow(window, SW_HIDE);
-    PostMessageA(window, kDestroyMessage, 0, 0);
+    PostMessageW(window, kDestroyMessage, 0, 0);
+    if (fixedFont != nullptr) DeleteObject(fixedFont);
 }
 
 // A page is a child dialog over the inside of the tab strip; that gives it the strip's background and keeps
 // its controls together in the tab order.
 void Dialog::Impl::MakePages(const Control& tabStrip, HWND tabs) {
     ForEachPage(tabStrip, [&](std::string_view caption) {
-        std::string text(caption);
-        TCITEMA item{};
+        auto text = Wide(caption);
+        TCITEMW item{};
         item.mask = TCIF_TEXT;
         item.pszText = text.data();
-        SendMessageA(tabs, TCM_INSERTITEMA, pages.size(), reinterpret_cast<LPARAM>(&item));
+        SendMessageW(tabs, TCM_INSERTITEMW, pages.size(), reinterpret_cast<LPARAM>(&item));
         pages.push_back(MakeWindow(table, static_cast<int>(pages.size()), window, this));
     });
-    RECT inside;
-    GetWindowRect(tabs, &inside);
-    MapWindowPoints(nullptr, window, reinterpret_cast<POINT*>(&inside), 2);
-    SendMessageA(tabs, TCM_ADJUSTRECT, FALSE, reinterpret_cast<LPARAM>(&inside));
-    for (const HWND page : pages) {
-        EnableThemeDialogTexture(page, ETDT_ENABLETAB);
-        SetWindowPos(page, HWND_TOP, inside.left, inside.top, inside.right - inside.left,
-                     inside.bottom - inside.top, SWP_NOACTIVATE);
+    // Tab goes from window to window in the order in which they lie on each other, the pages first. The
+    // strip, and what stands before it, comes before them by lying at the bottom: the order is a circle.
+    for (std::size_t row = 0; row < controls.size(); ++row) {
+        const HWND control = GetDlgItem(window, ControlWindowId(table, row));
+        if (table.controls[row].page == kNoPage)
+            SetWindowPos(control, HWND_BOTTOM, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+        if (control == tabs) break;
     }
+    for (const HWND page : pages) EnableThemeDialogTexture(page, ETDT_ENABLETAB);
+    PlacePages();
 }
 
 void Dialog::Impl::MakeControl(std::size_t row) {
@@ -168,16 +208,21 @@ void Dialog::Impl::MakeControl(std::size_t row) {
     const HWND made = GetDlgItem(parent, ControlWindowId(table, row));
     controls[row].window = made;
     if (IsText(control.kind)) {
-        SendMessageA(made, EM_LIMITTEXT, kDefaultTextLimit, 0);
-        SetWindowTextA(made, control.initial);
+        SendMessageW(made, EM_LIMITTEXT, kDefaultTextLimit, 0);
+        SetWindowTextW(made, Wide(control.initial).c_str());
     } else if (IsMarked(control.kind) || IsRanged(control.kind)) {
         SetValue(row, InitialValue(control));
     } else if (control.kind == Kind::IconPicture) {
-        SendMessageA(made, STM_SETICON, reinterpret_cast<WPARAM>(Picture(control.caption)), 0);
-    } else if (control.kind == Kind::ListView) {
+        ShowPicture(row, control.caption);
+    } else if (IsList(control.kind)) {
         const DWORD styles = LVS_EX_FULLROWSELECT | LVS_EX_LABELTIP | LVS_EX_DOUBLEBUFFER;
-        SendMessageA(made, LVM_SETEXTENDEDLISTVIEWSTYLE, styles, styles);
+        SendMessageW(made, LVM_SETEXTENDEDLISTVIEWSTYLE, styles, styles);
     }
+}
+
+void Dialog::Impl::ShowPicture(std::size_t row, std::string_view name) {
+    controls[row].picture = name;
+    SendMessageW(controls[row].window, STM_SETICON, reinterpret_cast<WPARAM>(Picture(name)), 0);
 }
 
 void Dialog::Impl::ShowCurrentPage() {
@@ -191,14 +236,15 @@ void Dialog::Impl::ShowCurrentPage() {
 void Dialog::Impl::FocusFirst() {
     for (std::size_t row = 0; row < controls.size(); ++row) {
         const HWND control = controls[row].window;
-        if (TakesInput(table.controls[row].kind) && IsWindowVisible(control) && IsWindowEnabled(control))
+        if (TakesFocusFirst(table.controls[row].kind) && IsWindowVisible(control) && IsWindowEnabled(control))
             return FocusOn(control);
     }
 }
 
 // By way of the dialog, which marks the default button and selects the text.
 void Dialog::Impl::FocusOn(HWND control) {
-    SendMessageA(window, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(control), TRUE);
+    SendMessageW(window, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(control), TRUE);
+    BringIntoView(control);
 }
 
 std::size_t Dialog::Impl::RowOfWindow(HWND control) const {
@@ -209,15 +255,15 @@ std::size_t Dialog::Impl::RowOfWindow(HWND control) const {
 
 void Dialog::Impl::Raise(std::size_t row, Handler ControlState::*event) {
     const Handler handler = controls[row].*event;
-    const std::string where = std::string("Dialog:") + table.controls[row].name;
-    if (handler) Trap(where.c_str(), handler);
+    const BoxesBefore cause(self.Handle());
+    if (handler) Trap((std::string("Dialog:") + table.controls[row].name).c_str(), handler);
 }
 
 // For what comes in several notifications, and for what must not be answered inside one: raised from the
 // loop, once.
 void Dialog::Impl::PostRaise(std::size_t row, bool full) {
     if (!full && !std::exchange(controls[row].told, false)) return;
-    PostMessageA(window, kRaiseMessage, row, full);
+    PostMessageW(window, kRaiseMessage, row, full);
 }
 
 void Dialog::Impl::PressOrClose(std::size_t row) {
@@ -243,14 +289,21 @@ void Dialog::Impl::WhenCommand(int windowId, UINT notification) {
     const Kind kind = table.controls[row].kind;
     if (IsButton(kind) && notification == BN_CLICKED) return PressOrClose(row);
     if (IsText(kind) && notification == EN_MAXTEXT) return PostRaise(row, true);
+    if (IsText(kind) && notification == EN_CHANGE && CutToLimit(row)) PostRaise(row, true);
     if ((IsMarked(kind) && notification == BN_CLICKED) || (IsText(kind) && notification == EN_CHANGE) ||
         (kind == Kind::DropDownList && notification == CBN_SELCHANGE))
         Raise(row, &ControlState::on);
 }
 
-void Dialog::Impl::WhenNotify(const NMHDR& header) {
+void Dialog::Impl::WhenNotify(HWND parent, NMHDR& header) {
     const auto row = RowOfWindow(header.hwndFrom);
-    if (row == controls.size() || quiet > 0) return;
+    if (row == controls.size()) return;
+    if (const auto answer = WhenListAsks(row, header)) {
+        SetWindowLongPtrW(parent, DWLP_MSGRESULT, *answer);
+        return;
+    }
+    if (quiet > 0) return;
+    if (header.code == static_cast<UINT>(NM_DBLCLK)) return Raise(row, &ControlState::onEnter);
     if (header.code == static_cast<UINT>(TCN_SELCHANGE)) {
         ShowCurrentPage();
         return Raise(row, &ControlState::on);
@@ -277,18 +330,63 @@ bool Dialog::Impl::TurnPage(int step) {
     return true;
 }
 
+// The control counts characters, and a character may have two bytes. What came in last, before the caret,
+// goes until the bytes fit. Whether there was too much.
+bool Dialog::Impl::CutToLimit(std::size_t row) {
+    const HWND box = controls[row].window;
+    const Quiet quietly(quiet);
+    bool any = false;
+    for (;;) {
+        const auto bytes = TextOf(box).size();
+        DWORD caret = 0;
+        SendMessageW(box, EM_GETSEL, 0, reinterpret_cast<LPARAM>(&caret));
+        if (bytes <= controls[row].limit || caret == 0) return any;
+        const auto excess = static_cast<DWORD>(bytes - controls[row].limit);
+        SendMessageW(box, EM_SETSEL, caret - std::min((excess + 1) / 2, caret), static_cast<LPARAM>(caret));
+        SendMessageW(box, EM_REPLACESEL, FALSE, reinterpret_cast<LPARAM>(L""));
+        any = true;
+    }
+}
+
+// Ctrl+C where nothing else is to be copied.
+bool Dialog::Impl::CopyReadOnlyText(HWND focused) {
+    const auto row = FirstOfKind(table, Kind::ReadOnlyText);
+    const auto focusedRow = RowOfWindow(focused);
+    if (row == controls.size() || !IsWindowVisible(controls[row].window)) return false;
+    HWND text = controls[row].window;
+    if (focusedRow < controls.size()) {
+        const Kind kind = table.controls[focusedRow].kind;
+        if (IsText(kind)) return false;
+        if (IsReadOnly(kind)) {
+            text = focused;
+            DWORD begin = 0, end = 0;
+            SendMessageW(text, EM_GETSEL, reinterpret_cast<WPARAM>(&begin), reinterpret_cast<LPARAM>(&end));
+            if (begin != end) return false;
+        }
+    }
+    SendMessageW(text, EM_SETSEL, 0, -1);
+    SendMessageW(text, WM_COPY, 0, 0);
+    SendMessageW(text, EM_SETSEL, 0, 0);
+    return true;
+}
+
 // The keys that the system's own handling lacks.
 bool Dialog::Impl::WhenKey(const MSG& message) {
     const bool control = GetKeyState(VK_CONTROL) < 0;
     if (control && message.wParam == VK_TAB) return TurnPage(GetKeyState(VK_SHIFT) < 0 ? -1 : 1);
+    if (control && message.wParam == 'C' && CopyReadOnlyText(message.hwnd)) return true;
     const auto row = RowOfWindow(message.hwnd);
     if (row == controls.size()) return false;
-    if (control && message.wParam == 'A' && IsText(table.controls[row].kind)) {
-        SendMessageA(message.hwnd, EM_SETSEL, 0, -1);
+    const Kind kind = table.controls[row].kind;
+    if (control && message.wParam == 'A' && (IsText(kind) || IsReadOnly(kind))) {
+        SendMessageW(message.hwnd, EM_SETSEL, 0, -1);
         return true;
     }
-    if (message.wParam != VK_RETURN || !controls[row].onEnter) return false;
-    Raise(row, &ControlState::onEnter);
+    const auto event = message.wParam == VK_RETURN   ? &ControlState::onEnter
+                       : message.wParam == VK_DELETE ? &ControlState::onDelete
+                                                     : nullptr;
+    if (event == nullptr || !(controls[row].*event)) return false;
+    Raise(row, event);
     return true;
 }
 

@@ -1,7 +1,7 @@
-// The loop is the message loop. Sockets, timers and posted calls announce themselves by messages to one
+// The loop is the message loop. Sockets, timers and woken watches announce themselves by messages to one
 // hidden window and are handled in turns, which these messages start: so everything goes on inside modal
 // loops, whoever runs them.
-#include "os/EventLoop.h"
+#include "net/EventLoop.h"
 
 #include <winsock2.h>
 
@@ -9,41 +9,42 @@
 
 #include <algorithm>
 
+#include "net/Turn.h"
 #include "os/Clock.h"
-#include "os/net/Turn.h"
-#include "os/net/Waiting.h"
+#include "os/Watched.h"
 #include "os/win32/DialogMessages.h"
 #include "os/win32/HiddenWindow.h"
 #include "os/win32/ModalLoop.h"
 #include "os/win32/SocketMessages.h"
 
-namespace os {
+namespace net {
 namespace {
 
 constexpr UINT kWork = WM_APP;
 constexpr UINT kFirstSocketMessage = WM_APP + 1;
 constexpr UINT kSocketMessages = 0x2000;
 constexpr UINT_PTR kTimerId = 1;
-constexpr std::int64_t kLongestWaitMs = 60'000;
+constexpr std::int64_t kMaxWaitMs = 60'000;
+constexpr std::int64_t kPostAgainMs = 10;
 
 // Posted messages come before input and painting: busy sockets must not keep a person waiting longer.
 constexpr std::int64_t kInputMs = 10;
 // The most input that is let in between two turns.
-constexpr int kMostInput = 16;
+constexpr int kMaxInput = 16;
 
 // Within one turn sockets may become ready again, or when others let go of them: some may do so for ever.
-constexpr int kMostPasses = 4;
+constexpr int kMaxPasses = 4;
 
 // The most messages and turns that ProcessPendingEvents handles: some may cause the next for ever.
-constexpr int kMostPending = 64;
+constexpr int kMaxPending = 64;
 
 class Loop;
 Loop& TheLoop();
 
-class Loop : HiddenWindow {
+class Loop : os::HiddenWindow {
  public:
-    Loop() : HiddenWindow("Wrenlow loop"), sockets(Handle(), kFirstSocketMessage, kSocketMessages) {
-        OnEnterModalLoop([] { TheLoop().EndTurn(); });
+    Loop() : os::HiddenWindow("Wrenlow loop"), sockets(Handle(), kFirstSocketMessage, kSocketMessages) {
+        os::OnEnterModalLoop([] { TheLoop().EndTurn(); });
     }
 
     // Whether anything happened.
@@ -55,13 +56,14 @@ class Loop : HiddenWindow {
     // After a message that came before all input.
     void LetInputIn();
 
-    SocketMessages sockets;
+    os::SocketMessages sockets;
     bool quit = false;
     int exitCode = 0;
 
  private:
     std::optional<LRESULT> OnMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
     void ArmTimer();
+    void SetSystemTimer(std::int64_t wait);
 
     bool isInTurn_ = false;
     bool isWorkPosted_ = false;
@@ -97,11 +99,10 @@ bool Loop::Turn() {
     isInTurn_ = true;
     bool any = false;
     {
-        const net::TurnScope scope;
-        for (int pass = 0; pass < kMostPasses && !stop && sockets.Report(stop); ++pass) any = true;
-        if (!stop) any |= net::HandleWoken(stop);
-        if (!stop) any |= net::TickDueTimers(stop);
-        if (!stop) any |= net::RunPostedCalls(stop);
+        const TurnScope scope;
+        for (int pass = 0; pass < kMaxPasses && !stop && sockets.Report(stop); ++pass) any = true;
+        if (!stop) any |= os::HandleWoken(stop);
+        if (!stop) any |= TickDueTimers(stop);
     }
     quit |= quitBefore;
     EndTurn();
@@ -110,45 +111,51 @@ bool Loop::Turn() {
 
 void Loop::EndTurn() {
     isInTurn_ = false;
-    if (sockets.AnyReady() || net::AnyPosted() || net::AnyWoken()) HasWork();
+    if (sockets.AnyReady() || os::AnyWoken()) HasWork();
     ArmTimer();
 }
 
 // Set anew only when something is due earlier: a tick that comes too early does no harm.
 void Loop::ArmTimer() {
-    const auto wait = net::MillisecondsToFirstTimer(kLongestWaitMs);
-    const auto due = MonotonicMilliseconds() + wait;
+    const auto wait = MillisecondsToFirstTimer(kMaxWaitMs);
+    const auto due = os::MonotonicMilliseconds() + wait;
     if (armedFor_ != 0 && armedFor_ <= due) return;
-    armedFor_ = due;
-    SetTimer(Handle(), kTimerId, static_cast<UINT>(std::max<std::int64_t>(wait, 1)), nullptr);
+    SetSystemTimer(std::max<std::int64_t>(wait, 1));
+}
+
+void Loop::SetSystemTimer(std::int64_t wait) {
+    armedFor_ = os::MonotonicMilliseconds() + wait;
+    SetTimer(Handle(), kTimerId, static_cast<UINT>(wait), nullptr);
 }
 
 // Within a turn its end sees to the rest.
 void Loop::HasWork() {
-    if (isInTurn_ || std::exchange(isWorkPosted_, true)) return;
-    PostMessageA(Handle(), kWork, 0, 0);
+    if (isInTurn_ || isWorkPosted_) return;
+    isWorkPosted_ = PostMessageW(Handle(), kWork, 0, 0) != FALSE;
+    // A full queue takes no message, but a timer needs no place in it.
+    if (!isWorkPosted_) SetSystemTimer(kPostAgainMs);
 }
 
 void Dispatch(MSG& message) {
-    if (TakeDialogMessage(message)) return;
+    if (os::TakeDialogMessage(message)) return;
     TranslateMessage(&message);
-    DispatchMessageA(&message);
+    DispatchMessageW(&message);
 }
 
 void Loop::LetInputIn() {
-    if (MonotonicMilliseconds() - lastInput_ < kInputMs) return;
+    if (os::MonotonicMilliseconds() - lastInput_ < kInputMs) return;
     MSG message;
-    for (int i = 0; i < kMostInput; ++i) {
-        if (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE | PM_QS_INPUT | PM_QS_PAINT) == FALSE) break;
+    for (int i = 0; i < kMaxInput; ++i) {
+        if (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE | PM_QS_INPUT | PM_QS_PAINT) == FALSE) break;
         Dispatch(message);
     }
-    lastInput_ = MonotonicMilliseconds();
+    lastInput_ = os::MonotonicMilliseconds();
 }
 
 // Handles one message after waiting for it. False for the message that ends the program's loop.
 bool HandleNextMessage() {
     MSG message;
-    if (GetMessageA(&message, nullptr, 0, 0) <= 0) return false;
+    if (GetMessageW(&message, nullptr, 0, 0) <= 0) return false;
     Dispatch(message);
     if (message.message >= WM_APP) TheLoop().LetInputIn();
     return true;
@@ -162,7 +169,7 @@ int RunEventLoop() {
     }
     // The message is still on its way when a turn has set the flag.
     MSG message;
-    while (PeekMessageA(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE) != FALSE) {
+    while (PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE) != FALSE) {
     }
     loop.quit = false;
     return loop.exitCode;
@@ -179,10 +186,10 @@ void QuitEventLoop(int exitCode) {
 void ProcessPendingEvents() {
     auto& loop = TheLoop();
     bool quits = false;
-    for (int i = 0; i < kMostPending; ++i) {
+    for (int i = 0; i < kMaxPending; ++i) {
         bool any = loop.Turn();
         MSG message;
-        if (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE) != FALSE) {
+        if (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != FALSE) {
             quits |= message.message == WM_QUIT;
             // What only announces a turn is no event of its own.
             any |= message.message != kWork;
@@ -194,14 +201,14 @@ void ProcessPendingEvents() {
 }
 
 bool RunEventLoopUntil(const std::function<bool()>& done, std::int64_t milliseconds) {
-    const auto deadline = MonotonicMilliseconds() + milliseconds;
+    const auto deadline = os::MonotonicMilliseconds() + milliseconds;
     auto& loop = TheLoop();
     loop.Turn();
     Timer alarm;
     alarm.StartOnce(milliseconds);
     bool quits = false;
     bool isDone = done();
-    while (!isDone && MonotonicMilliseconds() < deadline) {
+    while (!isDone && os::MonotonicMilliseconds() < deadline) {
         quits |= !HandleNextMessage();
         isDone = done();
     }
@@ -209,24 +216,24 @@ bool RunEventLoopUntil(const std::function<bool()>& done, std::int64_t milliseco
     return isDone;
 }
 
-}  // namespace os
+}  // namespace net
 
-namespace os::net {
+namespace os {
 
 void WaitFor(SocketHandle socket, Token token, std::uint32_t events, bool isNew) {
-    auto& loop = TheLoop();
+    auto& loop = net::TheLoop();
     loop.sockets.Watch(static_cast<SOCKET>(socket), token, events, isNew);
     if (loop.sockets.AnyReady()) loop.HasWork();
 }
 
 void StopWaitingFor(SocketHandle, Token token) {
-    TheLoop().sockets.Unwatch(token);
+    net::TheLoop().sockets.Unwatch(token);
 }
 void ForgetWaiting(Token token) {
-    TheLoop().sockets.Forget(token);
+    net::TheLoop().sockets.Forget(token);
 }
 void LoopHasWork() {
-    TheLoop().HasWork();
+    net::TheLoop().HasWork();
 }
 
-}  // namespace os::net
+}  // namespace os

@@ -1,55 +1,53 @@
-#include "os/FileWriter.h"
+#include "os/desktop/FileWriter.h"
 
+#include "os/win32/Handle.h"
+#include "os/win32/HeldFile.h"
 #include "os/win32/SystemError.h"
+#include "os/win32/WidePath.h"
 
 namespace os {
 namespace {
 
 // Tried with other names while somebody else's file is in the way.
-constexpr int kMostNames = 100;
+constexpr int kMaxNames = 100;
 
 // Elsewhere a stream's name is refused, or taken for that of another file.
-bool DiskHasStreams(const std::string& path) {
-    char volume[MAX_PATH] = "";
+bool DiskHasStreams(const Path& path) {
+    wchar_t volume[MAX_PATH] = L"";
     DWORD flags = 0;
-    return GetVolumePathNameA(path.c_str(), volume, sizeof volume) &&
-           GetVolumeInformationA(volume, nullptr, 0, nullptr, nullptr, &flags, nullptr, 0) &&
+    return GetVolumePathNameW(Wide(path).c_str(), volume, MAX_PATH) &&
+           GetVolumeInformationW(volume, nullptr, 0, nullptr, nullptr, &flags, nullptr, 0) &&
            (flags & FILE_NAMED_STREAMS) != 0;
 }
 
 }  // namespace
 
 struct FileWriter::Impl {
-    std::string path;
-    std::string temporaryPath;
-    HANDLE file = INVALID_HANDLE_VALUE;
+    Path path;
+    Path temporaryPath;
+    Handle file;
 
     ~Impl() {
-        Close();
-        if (!temporaryPath.empty()) DeleteFileA(temporaryPath.c_str());
+        file.Close();
+        if (!temporaryPath.IsEmpty()) DeleteFresh(temporaryPath);
     }
 
     void Open() {
-        for (int i = 0; i < kMostNames && file == INVALID_HANDLE_VALUE; ++i) {
-            const auto candidate = path + "." + std::to_string(i) + ".tmp";
-            file = CreateFileA(candidate.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
-                               FILE_ATTRIBUTE_NORMAL, nullptr);
-            if (file != INVALID_HANDLE_VALUE) {
+        for (int i = 0; i < kMaxNames && !file; ++i) {
+            const auto candidate = path + ("." + std::to_string(i) + ".tmp");
+            file = Handle(CreateFileW(Wide(candidate).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr));
+            if (file) {
                 temporaryPath = candidate;
             } else if (GetLastError() != ERROR_FILE_EXISTS) {
                 break;
             }
         }
-        if (file == INVALID_HANDLE_VALUE) ThrowLastError();
-    }
-
-    void Close() {
-        if (file != INVALID_HANDLE_VALUE) CloseHandle(file);
-        file = INVALID_HANDLE_VALUE;
+        if (!file) ThrowLastError();
     }
 };
 
-FileWriter::FileWriter(const std::string& path) : impl_(std::make_unique<Impl>()) {
+FileWriter::FileWriter(const Path& path) : impl_(std::make_unique<Impl>()) {
     impl_->path = path;
     impl_->Open();
 }
@@ -58,10 +56,10 @@ FileWriter::~FileWriter() = default;
 
 void FileWriter::Write(std::string_view bytes) {
     while (!bytes.empty()) {
-        constexpr std::size_t kMostAtOnce = 1 << 20;
-        const auto part = bytes.substr(0, kMostAtOnce);
+        constexpr std::size_t kMaxAtOnce = 1 << 20;
+        const auto part = bytes.substr(0, kMaxAtOnce);
         DWORD written = 0;
-        if (!WriteFile(impl_->file, part.data(), static_cast<DWORD>(part.size()), &written, nullptr)) {
+        if (!WriteFile(impl_->file.Get(), part.data(), static_cast<DWORD>(part.size()), &written, nullptr)) {
             ThrowLastError();
         }
         bytes.remove_prefix(written);
@@ -72,28 +70,27 @@ void FileWriter::MarkFromInternet() {
     if (!DiskHasStreams(impl_->temporaryPath)) return;
     constexpr std::string_view kMark = "[ZoneTransfer]\r\nZoneId=3\r\n";
     const auto stream = impl_->temporaryPath + ":Zone.Identifier";
-    const HANDLE mark =
-        CreateFileA(stream.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (mark == INVALID_HANDLE_VALUE) return;
+    const Handle mark(CreateFileW(Wide(stream).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                  FILE_ATTRIBUTE_NORMAL, nullptr));
     DWORD written = 0;
-    WriteFile(mark, kMark.data(), static_cast<DWORD>(kMark.size()), &written, nullptr);
-    CloseHandle(mark);
+    if (mark) WriteFile(mark.Get(), kMark.data(), static_cast<DWORD>(kMark.size()), &written, nullptr);
 }
 
 void FileWriter::Finish() {
-    if (!FlushFileBuffers(impl_->file)) ThrowLastError();
-    impl_->Close();
-    const DWORD attributes = GetFileAttributesA(impl_->path.c_str());
+    if (impl_->file && !FlushFileBuffers(impl_->file.Get())) ThrowLastError();
+    impl_->file.Close();
+    const auto path = Wide(impl_->path);
+    const DWORD attributes = GetFileAttributesW(path.c_str());
     const bool readOnly =
         attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
-    if (readOnly) SetFileAttributesA(impl_->path.c_str(), FILE_ATTRIBUTE_NORMAL);
-    if (!MoveFileExA(impl_->temporaryPath.c_str(), impl_->path.c_str(), MOVEFILE_REPLACE_EXISTING)) {
+    if (readOnly) SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
+    if (!MoveOver(impl_->temporaryPath, impl_->path)) {
         const DWORD error = GetLastError();
-        if (readOnly) SetFileAttributesA(impl_->path.c_str(), attributes);
+        if (readOnly) SetFileAttributesW(path.c_str(), attributes);
         SetLastError(error);
         ThrowLastError();
     }
-    impl_->temporaryPath.clear();
+    impl_->temporaryPath = {};
 }
 
 }  // namespace os

@@ -1,4 +1,4 @@
-#include "os/Foreground.h"
+#include "os/desktop/Foreground.h"
 
 #include <windows.h>
 

@@ -1,4 +1,4 @@
-// Handle: owns one handle of the system that CloseHandle closes.
+// Handle: owns one handle of the system that CloseHandle closes, an invalid one being none.
 #pragma once
 
 #include <windows.h>

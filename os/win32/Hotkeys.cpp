@@ -1,4 +1,4 @@
-#include "os/Hotkeys.h"
+#include "os/desktop/Hotkeys.h"
 
 #include "os/win32/SystemError.h"
 
@@ -15,6 +15,13 @@ static_assert(HotkeyModifier::Alt == MOD_ALT && HotkeyModifier::Ctrl == MOD_CONT
     throw RuntimeError(static_cast<std::int32_t>(number), SystemErrorText(number));
 }
 
+// From Windows 7 (6.1) on a key that is held down does not repeat; earlier systems refuse the flag.
+UINT NoRepeat() {
+    const DWORD version = GetVersion();
+    const auto number = MAKEWORD(HIBYTE(version), LOBYTE(version));
+    return number >= 0x0601 ? 0x4000 : 0;  // MOD_NOREPEAT
+}
+
 }  // namespace
 
 std::uint16_t AddGlobalAtom(const std::string& text) {
@@ -28,7 +35,7 @@ void DeleteGlobalAtom(std::uint16_t atom) {
 }
 
 void RegisterHotkey(WindowHandle window, std::int32_t id, std::uint32_t modifiers, std::uint32_t key) {
-    if (!RegisterHotKey(reinterpret_cast<HWND>(window), id, modifiers, key)) ThrowSystemsWords();
+    if (!RegisterHotKey(reinterpret_cast<HWND>(window), id, modifiers | NoRepeat(), key)) ThrowSystemsWords();
 }
 
 void UnregisterHotkey(WindowHandle window, std::int32_t id) {

@@ -1,21 +1,21 @@
-#include "os/Icons.h"
+#include "os/desktop/Icons.h"
 
 #include <windows.h>
 
+#include "os/win32/Resolution.h"
+
 namespace os {
 
-int SmallIconSize() {
-    return GetSystemMetrics(SM_CXSMICON);
+int SmallIconSize(ScreenPoint place) {
+    return ScaledFor(DpiAt(place), GetSystemMetrics(SM_CXSMICON));
 }
 
-IconHandle LoadIconResource(int resourceId, int pixels) {
-    const auto icon = LoadImageA(GetModuleHandleA(nullptr), MAKEINTRESOURCEA(resourceId), IMAGE_ICON, pixels,
-                                 pixels, LR_DEFAULTCOLOR);
-    return reinterpret_cast<IconHandle>(icon);
-}
+Icon::Icon(int resourceId, int pixels)
+    : handle_(reinterpret_cast<IconHandle>(LoadImageA(GetModuleHandleA(nullptr), MAKEINTRESOURCEA(resourceId),
+                                                      IMAGE_ICON, pixels, pixels, LR_DEFAULTCOLOR))) {}
 
-void ReleaseIcon(IconHandle icon) {
-    if (icon != 0) DestroyIcon(reinterpret_cast<HICON>(icon));
+Icon::~Icon() {
+    if (handle_ != 0) DestroyIcon(reinterpret_cast<HICON>(handle_));
 }
 
 }  // namespace os

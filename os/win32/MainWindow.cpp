@@ -1,4 +1,4 @@
-#include "os/MainWindow.h"
+#include "os/desktop/MainWindow.h"
 
 #include "os/win32/HiddenWindow.h"
 
@@ -10,7 +10,6 @@ struct MainWindow::Impl : HiddenWindow {
     std::optional<LRESULT> OnMessage(UINT message, WPARAM wParam, LPARAM) override {
         switch (message) {
             case WM_QUERYENDSESSION:
-                owner_.QueryEndSession();
                 return TRUE;
             case WM_ENDSESSION:
                 owner_.EndSession(wParam != FALSE);

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "os/win32/Resolution.h"
+
 namespace os {
 namespace {
 
@@ -35,10 +37,12 @@ LONG Middle(LONG from, LONG to) {
     return from + (to - from) / 2;
 }
 
-UniqueGdi<HFONT> MenuFont(bool bold) {
+UniqueGdi<HFONT> MenuFont(int dpi, bool bold) {
     NONCLIENTMETRICSA metrics{};
     metrics.cbSize = sizeof metrics;
     SystemParametersInfoA(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0);
+    metrics.lfMenuFont.lfHeight = ScaledFor(dpi, metrics.lfMenuFont.lfHeight);
+    metrics.lfMenuFont.lfWidth = 0;  // what the font has at that height
     if (bold) metrics.lfMenuFont.lfWeight = FW_BOLD;
     return UniqueGdi<HFONT>(CreateFontIndirectA(&metrics.lfMenuFont));
 }
@@ -48,12 +52,12 @@ constexpr BYTE kDisabledIconAlpha = 110;
 
 }  // namespace
 
-MenuPainter::MenuPainter(const std::optional<MenuColours>& colours)
+MenuPainter::MenuPainter(const std::optional<MenuColours>& colours, ScreenPoint place)
     : colours_(colours ? *colours : SystemColours()),
-      dpi_(GetDeviceCaps(ScreenDc(), LOGPIXELSY)),
-      iconSize_(SmallIconSize()),
-      font_(MenuFont(false)),
-      boldFont_(MenuFont(true)),
+      dpi_(DpiAt(place)),
+      iconSize_(SmallIconSize(place)),
+      font_(MenuFont(dpi_, false)),
+      boldFont_(MenuFont(dpi_, true)),
       background_(CreateSolidBrush(ColorRef(colours_.background))) {}
 
 HFONT MenuPainter::FontOf(const MenuEntry& entry) const {
@@ -70,7 +74,8 @@ SIZE MenuPainter::Measure(const MenuEntry& entry) const {
     const LONG textWidth = text.right - text.left;
     const LONG textHeight = text.bottom - text.top;
     // The system adds the width of its own check mark to that of every owner-drawn entry.
-    const LONG width = LeftColumn() + Scaled(4) + textWidth + Scaled(28) - GetSystemMetrics(SM_CXMENUCHECK);
+    const LONG width =
+        LeftColumn() + Scaled(4) + textWidth + Scaled(28) - ScaledFor(dpi_, GetSystemMetrics(SM_CXMENUCHECK));
     return {width, std::max<LONG>(textHeight, iconSize_) + Scaled(6)};
 }
 

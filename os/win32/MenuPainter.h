@@ -1,15 +1,16 @@
 // MenuPainter: how the entries of a popup menu look: their sizes, colours and strokes. Every length follows
-// the screen's resolution and the system's menu font.
+// the resolution of the screen that the menu is on, and the system's menu font.
 #pragma once
 
-#include "os/PopupMenu.h"
+#include "os/desktop/PopupMenu.h"
 #include "os/win32/Gdi.h"
 
 namespace os {
 
 class MenuPainter {
  public:
-    explicit MenuPainter(const std::optional<MenuColours>& colours);
+    // For a menu at this place on the screen.
+    MenuPainter(const std::optional<MenuColours>& colours, ScreenPoint place);
 
     // The entry's width and height in pixels, as WM_MEASUREITEM wants them.
     SIZE Measure(const MenuEntry& entry) const;

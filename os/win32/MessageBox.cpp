@@ -1,8 +1,10 @@
-#include "os/MessageBox.h"
+#include "os/desktop/MessageBox.h"
 
 #include <windows.h>
 
-#include "os/win32/ModalLoop.h"
+#include <vector>
+
+#include "os/win32/DialogMessages.h"
 
 namespace os {
 namespace {
@@ -43,17 +45,48 @@ BoxResult ClosedAnswer(BoxButtons buttons) {
     return buttons == BoxButtons::YesNo ? BoxResult::No : BoxResult::Cancel;
 }
 
+// A box on the screen.
+struct OpenBox {
+    const std::string& text;
+    const std::string& title;
+    HWND window;  // nullptr until it has been made
+};
+
+std::vector<OpenBox>& OpenBoxes() {
+    static std::vector<OpenBox> boxes;
+    return boxes;
+}
+
+// The first window of this thread to become active, since the hook was set, is the box.
+LRESULT CALLBACK KeepBox(int code, WPARAM wParam, LPARAM lParam) {
+    auto& window = OpenBoxes().back().window;
+    if (code == HCBT_ACTIVATE && window == nullptr) window = reinterpret_cast<HWND>(wParam);
+    return CallNextHookEx(nullptr, code, wParam, lParam);
+}
+
+int RunBox(const std::string& text, const std::string& title, UINT flags) {
+    const HWND owner = OwnerOfBoxes();
+    const ForeignDialogLoop loop;
+    OpenBoxes().push_back({text, title, nullptr});
+    const HHOOK hook = SetWindowsHookExA(WH_CBT, KeepBox, nullptr, GetCurrentThreadId());
+    const int answer = MessageBoxA(owner, text.c_str(), title.c_str(), flags);
+    UnhookWindowsHookEx(hook);
+    OpenBoxes().pop_back();
+    return answer;
+}
+
 }  // namespace
 
 BoxResult ShowMessageBox(const std::string& text, const std::string& title, BoxIcon icon,
                          BoxButtons buttons) {
-    // The active window of this thread becomes the owner, so that the dialog which asks cannot be used behind
-    // its own question. From the tray there is none, and without the foreground flag the box would open
-    // behind other programs' windows.
-    const HWND owner = GetActiveWindow();
-    const UINT flags = IconFlag(icon) | ButtonsFlag(buttons) | MB_SETFOREGROUND;
-    EnterModalLoop();
-    switch (MessageBoxA(owner, text.c_str(), title.c_str(), flags)) {
+    if (buttons == BoxButtons::Ok)
+        for (const auto& box : OpenBoxes())
+            if (box.text == text && box.title == title) {
+                SetForegroundWindow(box.window);
+                return BoxResult::Ok;
+            }
+    // Without the foreground flag a box from the tray would open behind other programs' windows.
+    switch (RunBox(text, title, IconFlag(icon) | ButtonsFlag(buttons) | MB_SETFOREGROUND)) {
         case IDOK:
             return BoxResult::Ok;
         case IDYES:

@@ -1,7 +1,7 @@
 // The menu of the system with entries that we measure and draw ourselves. It belongs to a hidden window of
 // its own, which lives as long as the menu: so no other window's messages have to be looked into.
 
-#include "os/PopupMenu.h"
+#include "os/desktop/PopupMenu.h"
 
 #include <windows.h>
 
@@ -9,10 +9,11 @@
 
 #include <map>
 
-#include "os/MenuLetters.h"
+#include "os/desktop/MenuLetters.h"
 #include "os/win32/HiddenWindow.h"
 #include "os/win32/MenuPainter.h"
 #include "os/win32/ModalLoop.h"
+#include "os/win32/WideText.h"
 
 namespace os {
 namespace {
@@ -26,15 +27,6 @@ struct EntryData {
     std::wstring text;
 };
 
-std::wstring Wide(const std::string& text) {
-    const auto length = static_cast<int>(text.size());
-    std::wstring wide(text.size(), L'\0');  // in the ANSI code pages never longer than the bytes
-    const int written =
-        length > 0 ? MultiByteToWideChar(CP_ACP, 0, text.data(), length, wide.data(), length) : 0;
-    wide.resize(static_cast<std::size_t>(written));
-    return wide;
-}
-
 struct MenuDeleter {
     void operator()(HMENU menu) const { DestroyMenu(menu); }
 };
@@ -43,7 +35,8 @@ using UniqueMenu = std::unique_ptr<std::remove_pointer_t<HMENU>, MenuDeleter>;
 class MenuWindow final : public HiddenWindow {
  public:
     explicit MenuWindow(const MenuRequest& request)
-        : HiddenWindow("Wrenlow menu", reinterpret_cast<HWND>(request.owner)), painter_(request.colours) {
+        : HiddenWindow("Wrenlow menu", reinterpret_cast<HWND>(request.owner)),
+          painter_(request.colours, {request.x, request.y}) {
         Build(request.entries);
     }
 
@@ -102,7 +95,7 @@ class MenuWindow final : public HiddenWindow {
             data_.push_back({.spoken = {},
                              .entry = &entry,
                              .subMenu = own != menus.end() ? own->second : nullptr,
-                             .text = Wide(entry.caption)});
+                             .text = WideOf(CP_ACP, entry.caption)});
             Append(menus.at(entry.parent), data_.back());
         }
     }

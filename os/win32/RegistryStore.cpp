@@ -4,6 +4,8 @@
 
 #include <utility>
 
+#include "os/win32/WidePath.h"
+
 namespace os {
 namespace {
 
@@ -67,6 +69,31 @@ bool WriteRegistryValue(RegistryHive hive, const std::string& keyPath, const std
     return key.Create(hive, WithoutEnd(keyPath), type) &&
            RegSetValueExA(key.Get(), name.c_str(), 0, type, reinterpret_cast<const BYTE*>(data.data()),
                           static_cast<DWORD>(data.size())) == ERROR_SUCCESS;
+}
+
+Path ReadRegistryPath(RegistryHive hive, const std::string& keyPath, const std::string& name) {
+    Key key;
+    if (!key.Open(hive, WithoutEnd(keyPath))) return {};
+    wchar_t wide[MAX_PATH + 1] = {};  // one for a zero at the end
+    DWORD type = 0;
+    DWORD size = sizeof wide;
+    if (RegQueryValueExW(key.Get(), Wide(Path::FromText(name)).c_str(), nullptr, &type,
+                         reinterpret_cast<BYTE*>(wide), &size) != ERROR_SUCCESS ||
+        type != RegistryType::String) {
+        return {};
+    }
+    const std::wstring_view path(wide, size / sizeof *wide);
+    return FromWide(path.substr(0, path.find(L'\0')));
+}
+
+bool WriteRegistryPath(RegistryHive hive, const std::string& keyPath, const std::string& name,
+                       const Path& path) {
+    Key key;
+    const auto wide = Wide(path);
+    return key.Create(hive, WithoutEnd(keyPath), RegistryType::String) &&
+           RegSetValueExW(key.Get(), Wide(Path::FromText(name)).c_str(), 0, RegistryType::String,
+                          reinterpret_cast<const BYTE*>(wide.c_str()),
+                          static_cast<DWORD>((wide.size() + 1) * sizeof(wchar_t))) == ERROR_SUCCESS;
 }
 
 bool RemoveRegistryValue(RegistryHive hive, const std::string& keyPath, const std::string& name) {

@@ -1,34 +1,39 @@
+#include "os/Resolver.h"
+
 #include <winsock2.h>
 
 #include <windows.h>
 #include <ws2tcpip.h>
 
-#include <deque>
-#include <vector>
+#include <list>
+#include <memory>
+#include <new>
 
-#include "os/net/Questions.h"
-#include "os/net/Turn.h"
+#include "base/Trap.h"
+#include "os/SystemAddress.h"
+#include "os/Watched.h"
+#include "os/win32/Handle.h"
 #include "os/win32/HiddenWindow.h"
 #include "os/win32/SystemError.h"
 
-namespace os::net {
+namespace os {
 namespace {
 
 constexpr UINT kAnswered = WM_APP + 1;
+constexpr DWORD kPostAgainMs = 50;
 
-Answer LookUp(const Question& question) {
-    addrinfo hints{};
-    hints.ai_family = AF_INET;
-    hints.ai_socktype = SOCK_STREAM;
-    addrinfo* found = nullptr;
-    const int failure = getaddrinfo(question.host.c_str(), nullptr, &hints, &found);
-    if (failure != 0) return {question.id, failure, {}};
-    const auto address = reinterpret_cast<const sockaddr_in*>(found->ai_addr)->sin_addr;
-    freeaddrinfo(found);
-    return {question.id, 0, {address.s_addr}};
-}
+class Resolver;
 
-// What the loop and the threads share.
+struct LookUp {
+    Resolver* resolver;
+    std::uint64_t id;
+    std::string host;
+    LookUpReceiver* receiver;
+    std::int32_t number = 0;
+    std::vector<Address> addresses;
+    std::list<LookUp>::iterator place{};
+};
+
 class Lock {
  public:
     explicit Lock(CRITICAL_SECTION& section) : section_(section) { EnterCriticalSection(&section_); }
@@ -40,75 +45,70 @@ class Lock {
     CRITICAL_SECTION& section_;
 };
 
-class Resolver : HiddenWindow, public Questions {
+// Told by a message, and heard in the next turn of the loop.
+class Resolver : HiddenWindow, Watched {
  public:
-    Resolver() : HiddenWindow("Wrenlow resolver") { InitializeCriticalSection(&section_); }
+    Resolver() : HiddenWindow("Wrenlow resolver") {
+        InitializeCriticalSection(&section_);
+        TakeSlot();
+    }
+
+    void Start(LookUp lookUp) {
+        const Lock lock(section_);
+        const auto place = running_.insert(running_.end(), std::move(lookUp));
+        place->place = place;
+        const os::Handle thread(CreateThread(nullptr, 0, Run, &*place, 0, nullptr));
+        if (!thread) {
+            const auto number = GetLastError();
+            running_.erase(place);
+            ThrowSystemError(number);
+        }
+    }
 
  private:
-    void LookUpLater(Question question) override {
-        const Lock lock(section_);
-        questions_.push_back(std::move(question));
-        if (threads_ < kMostThreads) StartThread();
-    }
-
-    void StartThread() {
-        const HANDLE thread = CreateThread(nullptr, 0, Run, this, 0, nullptr);  // waits for the lock
-        if (thread != nullptr) {
-            CloseHandle(thread);
-            ++threads_;
-        } else if (threads_ == 0) {
-            questions_.pop_back();
-            ThrowLastError();
+    static DWORD CALLBACK Run(void* argument) noexcept {
+        auto& lookUp = *static_cast<LookUp*>(argument);
+        try {
+            lookUp.number = LookUpAddresses(lookUp.host, lookUp.addresses);
+        } catch (const std::bad_alloc&) {
+            lookUp.number = WSA_NOT_ENOUGH_MEMORY;
         }
-    }
-
-    static DWORD CALLBACK Run(void* self) {
-        static_cast<Resolver*>(self)->AnswerQuestions();
+        auto& resolver = *lookUp.resolver;
+        {
+            const Lock lock(resolver.section_);
+            resolver.done_.splice(resolver.done_.end(), resolver.running_, lookUp.place);
+        }
+        while (PostMessageA(resolver.Handle(), kAnswered, 0, 0) == FALSE) Sleep(kPostAgainMs);
         return 0;
-    }
-
-    void AnswerQuestions() {
-        while (true) {
-            Question question;
-            {
-                const Lock lock(section_);
-                if (questions_.empty()) {
-                    --threads_;
-                    return;
-                }
-                question = std::move(questions_.front());
-                questions_.pop_front();
-            }
-            const auto answer = LookUp(question);
-            const Lock lock(section_);
-            answers_.push_back(answer);
-            PostMessageA(Handle(), kAnswered, 0, 0);
-        }
     }
 
     std::optional<LRESULT> OnMessage(UINT message, WPARAM, LPARAM) override {
         if (message != kAnswered) return {};
-        std::vector<Answer> answers;
-        {
-            const Lock lock(section_);
-            answers.swap(answers_);
-        }
-        const TurnScope scope;
-        Deliver(answers);
+        Wake();
         return 0;
     }
 
-    CRITICAL_SECTION section_;  // guards the questions, the answers and the number of threads
-    std::deque<Question> questions_;
-    std::vector<Answer> answers_;
-    int threads_ = 0;
+    void Ready(std::uint32_t) override {
+        std::list<LookUp> done;
+        {
+            const Lock lock(section_);
+            done.swap(done_);
+        }
+        for (const auto& one : done) {
+            Trap("EventLoop:Dispatch", [&] { one.receiver->LookedUp(one.id, one.number, one.addresses); });
+        }
+    }
+
+    CRITICAL_SECTION section_;  // guards the lists; a running look-up is its thread's
+    std::list<LookUp> running_, done_;
 };
 
 }  // namespace
 
-Questions& TheQuestions() {
+// Made with the first question, and never destroyed: sockets of static storage close after the end of main.
+void StartLookUp(std::uint64_t id, const std::string& host, LookUpReceiver& receiver) {
     static Resolver& resolver = *new Resolver;
-    return resolver;
+    resolver.Start({&resolver, id, host, &receiver, 0, {}});
 }
 
-}  // namespace os::net
+}  // namespace os

@@ -1,6 +1,6 @@
 #include "os/win32/SocketMessages.h"
 
-#include "os/net/Watched.h"
+#include "os/Watched.h"
 #include "os/win32/SystemError.h"
 
 namespace os {
@@ -9,15 +9,15 @@ namespace {
 // What the system is to tell of. Each message costs, so that of room to send, which comes once in advance, is
 // asked for only when something waits to be sent; a socket that waits to be writable from the start connects.
 long EventsToTell(std::uint32_t events, bool isNew) {
-    if ((events & net::kAcceptable) != 0) return FD_ACCEPT;
-    const long room = !isNew && (events & net::kWritable) != 0 ? FD_WRITE : 0;
+    if ((events & kAcceptable) != 0) return FD_ACCEPT;
+    const long room = !isNew && (events & kWritable) != 0 ? FD_WRITE : 0;
     return FD_READ | FD_CONNECT | FD_CLOSE | room;
 }
 
 }  // namespace
 
 // What is ready already is told as well.
-void SocketMessages::Watch(SOCKET socket, net::Token token, std::uint32_t events, bool isNew) {
+void SocketMessages::Watch(SOCKET socket, Token token, std::uint32_t events, bool isNew) {
     if (isNew) {
         entries_[socket] = {token, events, 0, first_ + next_++ % count_};
         sockets_[token] = socket;
@@ -36,14 +36,14 @@ void SocketMessages::Watch(SOCKET socket, net::Token token, std::uint32_t events
     List(entry);
 }
 
-void SocketMessages::Unwatch(net::Token token) {
+void SocketMessages::Unwatch(Token token) {
     const auto found = sockets_.find(token);
     if (found == sockets_.end()) return;
     WSAAsyncSelect(found->second, window_, 0, 0);
     Forget(token);
 }
 
-void SocketMessages::Forget(net::Token token) {
+void SocketMessages::Forget(Token token) {
     const auto found = sockets_.find(token);
     if (found == sockets_.end()) return;
     entries_.erase(found->second);
@@ -57,20 +57,20 @@ void SocketMessages::Note(UINT message, WPARAM wParam, LPARAM lParam) {
     const bool isError = WSAGETSELECTERROR(lParam) != 0;
     switch (WSAGETSELECTEVENT(lParam)) {
         case FD_CLOSE:
-            if (isError) entry.pending |= net::kBroken;
+            if (isError) entry.pending |= kBroken;
             entry.isAtEnd = true;
             [[fallthrough]];
         case FD_READ:
-            entry.pending |= net::kReadable;
+            entry.pending |= kReadable;
             break;
         case FD_ACCEPT:
-            entry.pending |= net::kAcceptable;
+            entry.pending |= kAcceptable;
             break;
         case FD_CONNECT:
-            if (isError) entry.pending |= net::kBroken;
+            if (isError) entry.pending |= kBroken;
             [[fallthrough]];
         case FD_WRITE:
-            entry.pending |= net::kWritable;
+            entry.pending |= kWritable;
             break;
         default:
             return;
@@ -86,12 +86,12 @@ bool SocketMessages::Report(const bool& stop) {
         auto* entry = Find(token);
         if (entry == nullptr) continue;
         entry->isListed = false;
-        const auto events = entry->pending & (entry->wanted | net::kBroken);
+        const auto events = entry->pending & (entry->wanted | kBroken);
         if (events == 0) continue;
         entry->pending &= ~events;
-        if (entry->isAtEnd) entry->pending |= net::kReadable;
+        if (entry->isAtEnd) entry->pending |= kReadable;
         any = true;
-        net::ReportReady(token, events);
+        ReportReady(token, events);
         entry = Find(token);
         if (entry != nullptr) List(*entry);
     }
@@ -99,12 +99,12 @@ bool SocketMessages::Report(const bool& stop) {
 }
 
 void SocketMessages::List(Entry& entry) {
-    if (entry.isListed || (entry.pending & (entry.wanted | net::kBroken)) == 0) return;
+    if (entry.isListed || (entry.pending & (entry.wanted | kBroken)) == 0) return;
     entry.isListed = true;
     ready_.push_back(entry.token);
 }
 
-SocketMessages::Entry* SocketMessages::Find(net::Token token) {
+SocketMessages::Entry* SocketMessages::Find(Token token) {
     const auto found = sockets_.find(token);
     return found == sockets_.end() ? nullptr : &entries_.at(found->second);
 }

@@ -15,7 +15,7 @@
 #include <deque>
 #include <unordered_map>
 
-#include "os/net/Waiting.h"
+#include "os/Waiting.h"
 
 namespace os {
 
@@ -30,11 +30,11 @@ class SocketMessages {
     void Note(UINT message, WPARAM wParam, LPARAM lParam);
 
     // Waits for the events of the socket from now on. Throws RuntimeError.
-    void Watch(SOCKET socket, net::Token token, std::uint32_t events, bool isNew);
+    void Watch(SOCKET socket, Token token, std::uint32_t events, bool isNew);
     // The socket stays open.
-    void Unwatch(net::Token token);
+    void Unwatch(Token token);
     // Nothing to do for a token that is not waited for.
-    void Forget(net::Token token);
+    void Forget(Token token);
 
     // Reports what is ready by now, each socket once; stops when `stop` has become true. Whether there was
     // any.
@@ -43,7 +43,7 @@ class SocketMessages {
 
  private:
     struct Entry {
-        net::Token token;
+        Token token;
         std::uint32_t wanted;
         std::uint32_t pending;  // ready, and nobody has been told yet
         UINT message;           // tells the socket from an earlier one of the same number
@@ -53,15 +53,15 @@ class SocketMessages {
     };
 
     void List(Entry& entry);
-    Entry* Find(net::Token token);
+    Entry* Find(Token token);
 
     HWND window_;
     UINT first_;
     UINT count_;
     UINT next_ = 0;
     std::unordered_map<SOCKET, Entry> entries_;
-    std::unordered_map<net::Token, SOCKET> sockets_;
-    std::deque<net::Token> ready_;
+    std::unordered_map<Token, SOCKET> sockets_;
+    std::deque<Token> ready_;
 };
 
 }  // namespace os

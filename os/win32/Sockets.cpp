@@ -1,17 +1,19 @@
-#include "os/net/Sockets.h"
+#include "os/Sockets.h"
 
 #include <winsock2.h>
 
 #include <windows.h>
 
 #include <mstcpip.h>
+#include <ws2tcpip.h>
 
 #include <algorithm>
 #include <array>
 
+#include "os/SystemAddress.h"
 #include "os/win32/SystemError.h"
 
-namespace os::net {
+namespace os {
 namespace {
 
 // A server that is lost without a word is noticed after a minute and ten probes, the system's fixed number.
@@ -40,6 +42,11 @@ void SetOption(SocketHandle handle, int level, int option, int value) {
     setsockopt(Native(handle), level, option, reinterpret_cast<const char*>(&value), sizeof value);
 }
 
+// Programs that we start inherit sockets unless told otherwise: they would hold ports and connections open.
+void KeepToOurselves(SOCKET native) {
+    SetHandleInformation(reinterpret_cast<HANDLE>(native), HANDLE_FLAG_INHERIT, 0);
+}
+
 void SwitchOffNagle(SocketHandle handle) {
     SetOption(handle, IPPROTO_TCP, TCP_NODELAY, 1);
 }
@@ -53,26 +60,25 @@ void KeepAlive(SocketHandle handle) {
     }
 }
 
-sockaddr_in SocketAddress(std::uint32_t address, std::uint16_t port) {
-    sockaddr_in result{};
-    result.sin_family = AF_INET;
-    result.sin_port = htons(port);
-    result.sin_addr.s_addr = address;
-    return result;
-}
-
 Transfer Result(int result, DWORD bytes) {
     if (result == 0) return {Outcome::Done, bytes, 0};
     const int number = WSAGetLastError();
-    const bool later = number == WSAEWOULDBLOCK || number == WSAENOBUFS;
-    return {later ? Outcome::WouldBlock : Outcome::Failed, 0, number};
+    if (number == WSAEWOULDBLOCK) return {Outcome::WouldBlock, 0, number};
+    return {number == WSAENOBUFS ? Outcome::NoBuffers : Outcome::Failed, 0, number};
 }
 
 }  // namespace
 
+const std::int32_t kConnectionRefused = WSAECONNREFUSED;
 const std::int32_t kConnectionReset = WSAECONNRESET;
 const std::int32_t kNoMemory = WSAENOBUFS;
 const std::int32_t kTryAgain = WSATRY_AGAIN;
+const std::int32_t kTimedOut = WSAETIMEDOUT;
+const std::int32_t kUnknownName = WSAHOST_NOT_FOUND;
+
+std::string SocketErrorText(std::int32_t number) {
+    return SystemErrorLine(static_cast<DWORD>(number));
+}
 
 void CloseSocket(SocketHandle handle) {
     closesocket(Native(handle));
@@ -108,6 +114,8 @@ Transfer Send(SocketHandle handle, std::span<const Part> parts) {
             WSASend(Native(handle), buffers.data(), static_cast<DWORD>(count), &sent, 0, nullptr, nullptr);
         const auto transfer = Result(result, sent);
         if (transfer.outcome == Outcome::WouldBlock && total > 0) break;
+        // Bytes that were taken are told now, the want of buffers with the next call.
+        if (transfer.outcome == Outcome::NoBuffers && total > 0) break;
         if (transfer.outcome != Outcome::Done) return transfer;
         total += sent;
         for (taken += sent; !parts.empty() && taken >= parts[0].size; parts = parts.subspan(1)) {
@@ -117,18 +125,19 @@ Transfer Send(SocketHandle handle, std::span<const Part> parts) {
     return {Outcome::Done, total, 0};
 }
 
-// It becomes non-blocking with its watch; programs that are started inherit nothing.
-Socket OpenSocket() {
+// It becomes non-blocking with its watch.
+Socket OpenSocket(const Address& address) {
     StartWinsock();
-    const SOCKET native = WSASocketA(AF_INET, SOCK_STREAM, IPPROTO_TCP, nullptr, 0, WSA_FLAG_OVERLAPPED);
+    const SOCKET native = WSASocketA(address.isIPv6 ? AF_INET6 : AF_INET, SOCK_STREAM, IPPROTO_TCP, nullptr,
+                                     0, WSA_FLAG_OVERLAPPED);
     if (native == INVALID_SOCKET) ThrowSocketError();
+    KeepToOurselves(native);
     return Socket(static_cast<SocketHandle>(native));
 }
 
-void StartConnecting(SocketHandle handle, Address address, std::uint16_t port) {
-    const auto peer = SocketAddress(address.value, port);
-    if (connect(Native(handle), reinterpret_cast<const sockaddr*>(&peer), sizeof peer) != 0 &&
-        WSAGetLastError() != WSAEWOULDBLOCK) {
+void StartConnecting(SocketHandle handle, const Address& address, std::uint16_t port) {
+    const SystemAddress peer(address, port);
+    if (connect(Native(handle), peer.Get(), peer.size) != 0 && WSAGetLastError() != WSAEWOULDBLOCK) {
         ThrowSocketError();
     }
 }
@@ -139,11 +148,30 @@ void SetOutgoingOptions(SocketHandle handle) {
     KeepAlive(handle);
 }
 
+Ends EndsOf(SocketHandle handle) {
+    sockaddr_storage here{};
+    sockaddr_storage there{};
+    int size = sizeof here;
+    getsockname(Native(handle), reinterpret_cast<sockaddr*>(&here), &size);
+    size = sizeof there;
+    getpeername(Native(handle), reinterpret_cast<sockaddr*>(&there), &size);
+    return {EndpointFrom(reinterpret_cast<const sockaddr&>(here)),
+            EndpointFrom(reinterpret_cast<const sockaddr&>(there))};
+}
+
 std::int32_t PendingError(SocketHandle handle) {
     int number = 0;
     int size = sizeof number;
     getsockopt(Native(handle), SOL_SOCKET, SO_ERROR, reinterpret_cast<char*>(&number), &size);
     return number;
+}
+
+bool StoodBefore(std::int32_t error) {
+    return error == WSAECONNRESET || error == WSAECONNABORTED;
+}
+
+std::size_t UnsentBytes(SocketHandle) {
+    return 0;
 }
 
 void EndSending(SocketHandle handle) {
@@ -156,11 +184,11 @@ void ResetOnClose(SocketHandle handle) {
 }
 
 Socket ListenOnLoopback(std::uint16_t port) {
-    auto socket = OpenSocket();
+    auto socket = OpenSocket(kLoopback);
     // On Windows others could otherwise listen on the same port and take our clients.
     SetOption(socket.Get(), SOL_SOCKET, SO_EXCLUSIVEADDRUSE, 1);
-    const auto address = SocketAddress(htonl(INADDR_LOOPBACK), port);
-    if (bind(Native(socket.Get()), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+    const SystemAddress address(kLoopback, port);
+    if (bind(Native(socket.Get()), address.Get(), address.size) != 0 ||
         listen(Native(socket.Get()), SOMAXCONN) != 0) {
         ThrowSocketError();
     }
@@ -178,6 +206,7 @@ AcceptOutcome AcceptClient(SocketHandle listening, Socket& accepted) {
     const SOCKET native = accept(Native(listening), nullptr, nullptr);
     if (native != INVALID_SOCKET) {
         accepted = Socket(static_cast<SocketHandle>(native));
+        KeepToOurselves(native);
         SwitchOffNagle(accepted.Get());
         return AcceptOutcome::Accepted;
     }
@@ -192,4 +221,4 @@ AcceptOutcome AcceptClient(SocketHandle listening, Socket& accepted) {
     }
 }
 
-}  // namespace os::net
+}  // namespace os

@@ -9,19 +9,19 @@
 
 namespace os {
 
-// The system's text for an error number as it stands, with its line break; empty when there is none.
-inline std::string SystemErrorText(DWORD number) {
-    char text[256] = {};
-    const DWORD length = FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
-                                        number, 0, text, sizeof text, nullptr);
-    return std::string(text, length);
-}
+// The system's text for an error number as it stands, with its line break; our own for a socket's error that
+// the system has none for, as Wine; else empty.
+std::string SystemErrorText(DWORD number);
 
-// As an exception; its text is put into sentences and lines, so it has no line break.
-[[noreturn]] inline void ThrowSystemError(DWORD number) {
+// The same without it, to be put into sentences and lines.
+inline std::string SystemErrorLine(DWORD number) {
     auto text = SystemErrorText(number);
     text.erase(text.find_last_not_of("\r\n") + 1);
-    throw RuntimeError(static_cast<std::int32_t>(number), text);
+    return text;
+}
+
+[[noreturn]] inline void ThrowSystemError(DWORD number) {
+    throw RuntimeError(static_cast<std::int32_t>(number), SystemErrorLine(number));
 }
 [[noreturn]] inline void ThrowLastError() {
     ThrowSystemError(GetLastError());

@@ -1,8 +1,11 @@
-#include "os/TopWindows.h"
+#include "os/desktop/TopWindows.h"
 
 #include <windows.h>
 
 #include <new>
+
+#include "os/win32/WideText.h"
+#include "os/win32/WindowChanger.h"
 
 namespace os {
 namespace {
@@ -41,14 +44,12 @@ bool WindowExists(WindowHandle window) {
     return IsWindow(Native(window)) != FALSE;
 }
 
+// The system's own copy of the title: asking for it sends the window no message.
 std::string WindowTitle(WindowHandle window) {
-    const int length = GetWindowTextLengthA(Native(window));
-    if (length <= 0) return {};
-    std::string title(static_cast<std::size_t>(length) + 1, '\0');
-    // The title can have become shorter since it was measured.
-    const int copied = GetWindowTextA(Native(window), title.data(), length + 1);
-    title.resize(static_cast<std::size_t>(copied));
-    return title;
+    constexpr int kMaxLength = 512;
+    wchar_t wide[kMaxLength];
+    const int length = InternalGetWindowText(Native(window), wide, kMaxLength);
+    return BytesOf(CP_ACP, {wide, static_cast<std::size_t>(length)}, true);
 }
 
 bool CanMakeTranslucent() {
@@ -56,15 +57,11 @@ bool CanMakeTranslucent() {
 }
 
 void MakeTranslucent(WindowHandle window, std::uint8_t alpha) {
-    const LONG style = GetWindowLongA(Native(window), GWL_EXSTYLE);
-    SetWindowLongA(Native(window), GWL_EXSTYLE, style | WS_EX_LAYERED);
-    SetLayeredWindowAttributes(Native(window), 2, alpha, LWA_ALPHA);  // the colour key is not looked at
+    AskWindowChanger(Native(window), alpha);
 }
 
 void MakeOpaque(WindowHandle window) {
-    const LONG style = GetWindowLongA(Native(window), GWL_EXSTYLE);
-    SetWindowLongA(Native(window), GWL_EXSTYLE, style & ~static_cast<LONG>(WS_EX_LAYERED));
-    RedrawWindow(Native(window), nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN);
+    AskWindowChanger(Native(window), {});
 }
 
 bool WindowIsVisible(WindowHandle window) {

@@ -1,10 +1,11 @@
-#include "os/Tray.h"
+#include "os/desktop/Tray.h"
 
 #include <windows.h>
 
 #include <shellapi.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "os/win32/HiddenWindow.h"
 
@@ -28,12 +29,7 @@ struct TrayWindow::Impl final : HiddenWindow {
         : HiddenWindow("Wrenlow tray"),
           events(owner),
           taskbarCreated(RegisterWindowMessageA("TaskbarCreated")),
-          icon(reinterpret_cast<HICON>(LoadIconResource(kProgramIcon, SmallIconSize()))),
-          ownIcon(icon != nullptr ? icon : LoadIconA(nullptr, IDI_APPLICATION)) {}
-
-    ~Impl() override {
-        if (icon != nullptr) DestroyIcon(icon);
-    }
+          systemsIcon(LoadIconA(nullptr, IDI_APPLICATION)) {}
 
     bool Notify(DWORD what, const TrayRecord& record) const {
         NOTIFYICONDATAA data{};
@@ -62,9 +58,10 @@ struct TrayWindow::Impl final : HiddenWindow {
 
     TrayWindow& events;
     const UINT taskbarCreated;
-    const HICON icon;
-    const HICON ownIcon;
-    TrayRecord added;  // what Remove takes away
+    Icon icon;
+    int iconSize = 0;
+    const HICON systemsIcon;  // when the program has none
+    TrayRecord added;         // what Remove takes away
 };
 
 TrayWindow::TrayWindow() : impl_(std::make_unique<Impl>(*this)) {}
@@ -73,8 +70,11 @@ TrayWindow::~TrayWindow() {
     Remove();
 }
 
-IconHandle TrayWindow::OwnIcon() const {
-    return reinterpret_cast<IconHandle>(impl_->ownIcon);
+IconHandle TrayWindow::OwnIcon() {
+    const int size = SmallIconSize({});
+    if (std::exchange(impl_->iconSize, size) != size) impl_->icon = Icon(kProgramIcon, size);
+    const auto own = impl_->icon.Handle();
+    return own != 0 ? own : reinterpret_cast<IconHandle>(impl_->systemsIcon);
 }
 
 bool TrayWindow::Add(const TrayRecord& record) {

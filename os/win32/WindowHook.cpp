@@ -1,4 +1,4 @@
-#include "os/WindowHook.h"
+#include "os/desktop/WindowHook.h"
 
 #include <windows.h>
 

@@ -2,8 +2,8 @@
 
 #include <windows.h>
 
+#include <cstdint>
 #include <cstdio>
-#include <stdexcept>
 
 namespace {
 
@@ -38,26 +38,23 @@ std::uint32_t RegistryNumber(const char* name) {
 
 }  // namespace
 
+// By way of the current folder, because our folder's name may be beyond the code page.
 std::string FileBesideUs(const std::string& name) {
-    char path[MAX_PATH + 1] = "";
-    GetModuleFileNameA(nullptr, path, MAX_PATH);
-    const std::string own = path;
-    return own.substr(0, own.find_last_of("\\/") + 1) + name;
+    wchar_t path[MAX_PATH + 1] = L"";
+    GetModuleFileNameW(nullptr, path, MAX_PATH);
+    const std::wstring own = path;
+    SetCurrentDirectoryW(own.substr(0, own.find_last_of(L"\\/") + 1).c_str());
+    return ".\\" + name;
 }
 
 std::string ScreenName() {
     return FromIni("Name");
 }
 
-Address Service() {
-    return {FromIni("ServiceHost"), static_cast<std::uint16_t>(std::atoi(FromIni("ServicePort").c_str()))};
-}
-
-std::optional<Address> Proxy() {
-    if (RegistryNumber("Enabled") == 0) return {};
-    if (const auto protocol = RegistryText("Protocol"); protocol != "SOCKS4")
-        throw std::runtime_error("the proxy protocol is \"" + protocol + "\"");
-    return Address{RegistryText("Host"), static_cast<std::uint16_t>(RegistryNumber("Port"))};
+std::string Way() {
+    if (RegistryNumber("Enabled") == 0) return "directly";
+    if (const auto protocol = RegistryText("Protocol"); protocol != "SOCKS4") return "by " + protocol;
+    return "through " + RegistryText("Host") + ":" + std::to_string(RegistryNumber("Port"));
 }
 
 void Log(const std::string& line) {

@@ -58,6 +58,19 @@ void PressKeys(const std::vector<BYTE>& keys) {
         keybd_event(*key, 0, KEYEVENTF_KEYUP, 0);
 }
 
+void TypeText(const std::wstring& text) {
+    for (const wchar_t unit : text) {
+        INPUT keys[2]{};
+        for (auto& key : keys) {
+            key.type = INPUT_KEYBOARD;
+            key.ki.wScan = unit;
+            key.ki.dwFlags = KEYEVENTF_UNICODE;
+        }
+        keys[1].ki.dwFlags |= KEYEVENTF_KEYUP;
+        SendInput(2, keys, sizeof keys[0]);
+    }
+}
+
 // Movement and press in one piece: between two calls the display's own pointer can move back.
 void ClickAt(LONG x, LONG y, DWORD button) {
     const auto part = [](LONG pixel, int metric) {

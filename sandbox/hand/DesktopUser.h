@@ -16,6 +16,8 @@ void PressKeys(const std::vector<BYTE>& keys);
 inline void PressKey(BYTE key) {
     PressKeys({key});
 }
+// Types a character for each 16-bit unit, whatever the keyboard has on its keys.
+void TypeText(const std::wstring& text);
 void ClickAt(LONG x, LONG y, DWORD button = MOUSEEVENTF_LEFTDOWN | MOUSEEVENTF_LEFTUP);
 
 // The hidden window that owns the tray icon.

@@ -6,12 +6,14 @@
 //   press N                 presses the button with the number N (1 OK, 2 Cancel) of the only box
 //   windows                 the titles of all visible windows, between tabs; a minimized one after "_"
 //   close TITLE             closes the window with the title, as its own button would
-//   read TITLE              the texts in the window, between tabs
+//   read TITLE              the texts that are seen in the window, between tabs
 //   alpha TITLE             how opaque the window is, 0 to 255; "no layer" when nobody has said
 //   tray X                  opens the tray icon's menu with the right button and chooses the entry X
 //   menu KEYS               the same with keys: D down, U up, R right (into a sub-menu), E Enter, without which the
 //                           menu stays open
+//   open                    double-clicks the tray icon and waits for the Wrenlow window
 //   keys CODES              presses the keys of these virtual-key codes together
+//   type TEXT               types the text's characters, whatever the keyboard has on its keys
 //   fill TITLE, N, TEXT     between tabs: puts the text into the window's Nth text box, from 0
 //   select TITLE, N, ENTRY  between tabs: chooses an entry, from 0, in the window's Nth drop-down list
 //   push TITLE, CAPTION     between tabs: pushes the window's button or check box
@@ -21,7 +23,8 @@
 //   holdings                what Wrenlow holds of the system, as "handles N gdi N windows N"
 // clang-format on
 //
-// An answer that begins with "no" says what was not there. Line ends in texts are written as "|".
+// An answer that begins with "no" says what was not there. Texts are UTF-8; line ends in them are written as
+// "|".
 #include "sandbox/hand/DesktopUser.h"
 
 #include <algorithm>
@@ -53,8 +56,8 @@ std::string TextOf(HWND window) {
     DWORD_PTR length = 0;
     SendMessageTimeoutW(window, WM_GETTEXT, 511, reinterpret_cast<LPARAM>(wide), SMTO_ABORTIFHUNG,
                         kPatienceMs, &length);
-    char text[1024] = "";
-    WideCharToMultiByte(CP_ACP, 0, wide, -1, text, sizeof text - 1, nullptr, nullptr);
+    char text[2048] = "";
+    WideCharToMultiByte(CP_UTF8, 0, wide, -1, text, sizeof text - 1, nullptr, nullptr);
     return OneLine(text);
 }
 
@@ -146,7 +149,8 @@ std::string Close(const std::string& title) {
 
 std::string Read(const std::string& title) {
     std::string texts;
-    for (const HWND control : ControlsIn(VisibleWindow(title))) Append(texts, TextOf(control));
+    for (const HWND control : ControlsIn(VisibleWindow(title)))
+        if (IsWindowVisible(control)) Append(texts, TextOf(control));
     return texts.empty() ? "no such window" : texts;
 }
 
@@ -186,12 +190,25 @@ std::string WalkTrayMenu(const std::string& keys) {
     return MenusOpen(0) ? "chosen" : "no effect";
 }
 
+std::string OpenByDoubleClick() {
+    const HWND tray = TrayWindowHandle();
+    if (tray == nullptr) return "no tray icon";
+    PostMessageA(tray, WM_MOUSEMOVE, 0, WM_LBUTTONDBLCLK);
+    return Eventually([] { return VisibleWindow("Wrenlow") != nullptr; }) ? "open" : "no window";
+}
+
 std::string PressTogether(const std::string& codes) {
     std::vector<BYTE> keys;
     std::istringstream numbers(codes);
     for (int code = 0; numbers >> code;) keys.push_back(static_cast<BYTE>(code));
     PressKeys(keys);
     return "pressed";
+}
+
+std::wstring Wide(const std::string& text) {
+    wchar_t wide[512] = L"";
+    MultiByteToWideChar(CP_UTF8, 0, text.c_str(), -1, wide, 511);
+    return wide;
 }
 
 // Takes the text up to the first tab off the front.
@@ -207,9 +224,7 @@ std::string Fill(std::string fields) {
     const auto boxes = ControlsIn(window, "Edit");
     const auto number = static_cast<std::size_t>(std::atoi(TakeField(fields).c_str()));
     if (number >= boxes.size()) return "no such text box";
-    wchar_t wide[512] = L"";
-    MultiByteToWideChar(CP_ACP, 0, fields.c_str(), -1, wide, 511);
-    SendMessageW(boxes[number], WM_SETTEXT, 0, reinterpret_cast<LPARAM>(wide));
+    SendMessageW(boxes[number], WM_SETTEXT, 0, reinterpret_cast<LPARAM>(Wide(fields).c_str()));
     return "filled";
 }
 
@@ -296,7 +311,12 @@ std::string Obey(const std::string& line) {
     if (word == "alpha") return Alpha(rest);
     if (word == "tray") return rest.size() == 1 ? ChooseInTray(rest[0]) : "no letter";
     if (word == "menu") return WalkTrayMenu(rest);
+    if (line == "open") return OpenByDoubleClick();
     if (word == "keys") return PressTogether(rest);
+    if (word == "type") {
+        TypeText(Wide(rest));
+        return "typed";
+    }
     if (word == "fill") return Fill(rest);
     if (word == "select") return Select(rest);
     if (word == "push") return Push(rest);

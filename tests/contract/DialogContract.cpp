@@ -1,11 +1,14 @@
-// What every implementation of os/Dialog.h does, seen by the presenter on one side and a user on the other.
+// What every implementation of os/desktop/Dialog.h does, seen by the presenter on one side and a user on the
+// other.
 #include <gtest/gtest.h>
 
 #include <memory>
 
 #include "base/RuntimeError.h"
 #include "base/Trap.h"
-#include "os/Dialog.h"
+#include "os/desktop/Dialog.h"
+#include "os/desktop/DialogRows.h"
+#include "os/desktop/MessageBox.h"
 #include "os/fake/FakeDialog.h"
 
 namespace {
@@ -86,7 +89,7 @@ TEST_F(DialogContract, TellsWhatTheUserDoes) {
     user.Type("txtName", "a");
     user.Type("txtBody", "b\r\nc");
     user.Choose("cmbPlace", 1);
-    user.SelectRows("lvRows", {2});
+    user.Choose("lvRows", 2);
     user.Press("chk");
     user.Press({"optB", 0});
     user.Choose("tabs", 1);
@@ -152,13 +155,16 @@ TEST_F(DialogContract, ListsKeepTheirOrder) {
     EXPECT_EQ(dialog.Cell("lvRows", 0, 0), "b");
     EXPECT_EQ(dialog.Cell("lvRows", 1, 1), "");
     dialog.Show();
-    user.SelectRows("lvRows", {0, 2});
-    EXPECT_TRUE(dialog.IsRowSelected("lvRows", 0));
-    EXPECT_FALSE(dialog.IsRowSelected("lvRows", 1));
-    EXPECT_TRUE(dialog.IsRowSelected("lvRows", 2));
+    user.Choose("lvRows", 0);
+    user.Choose("lvRows", 2);
+    EXPECT_EQ(dialog.Value("lvRows"), 2) << "one row at most is selected";
     dialog.RemoveRow("lvRows", 0);
     EXPECT_EQ(dialog.Cell("lvRows", 1, 1), "3");
-    EXPECT_TRUE(dialog.IsRowSelected("lvRows", 1));
+    EXPECT_EQ(dialog.Value("lvRows"), 1);
+    dialog.OnDelete("lvRows", [this] { dialog.RemoveRow("lvRows", dialog.Value("lvRows")); });
+    user.PressDelete("lvRows");
+    EXPECT_EQ(dialog.RowCount("lvRows"), 1);
+    EXPECT_EQ(dialog.Value("lvRows"), 0) << "the next Del takes the next row";
     dialog.ClearRows("lvRows");
     EXPECT_EQ(dialog.RowCount("lvRows"), 0);
 
@@ -244,6 +250,25 @@ TEST_F(DialogContract, RefusesWhatTheTableDoesNotHave) {
     EXPECT_THROW(dialog.Entry("cmbPlace", 0), RuntimeError);
     EXPECT_THROW(dialog.RemoveRow("lvRows", 0), RuntimeError);
     EXPECT_THROW(dialog.SetValue("tabs", 2), RuntimeError);
+}
+
+TEST_F(DialogContract, OpensWithoutTheKeyboardWhenNobodyAskedForIt) {
+    dialog.Show();
+    os::Dialog second(kTable);
+    second.Show({.step = 1, .takesFocus = false});
+    EXPECT_TRUE(second.IsShown());
+    EXPECT_TRUE(user.IsActive());
+    second.Show();
+    EXPECT_TRUE(DialogUser(second).IsActive());
+}
+
+TEST_F(DialogContract, ABoxOfAHandlerBelongsToItsDialog) {
+    os::WindowHandle owner = 0;
+    dialog.On("cmdOK", [&] { owner = os::BoxesBefore::Current(); });
+    dialog.Show();
+    user.Press("cmdOK");
+    EXPECT_EQ(owner, dialog.Handle());
+    EXPECT_EQ(os::BoxesBefore::Current(), 0u) << "what comes later is not the dialog's doing";
 }
 
 TEST_F(DialogContract, ADisabledControlStaysSoAcrossClosing) {

@@ -1,8 +1,10 @@
-// The contract of os/EventLoop.h and of the steady clock it waits by.
-#include "os/EventLoop.h"
+// The contract of net/EventLoop.h and of the steady clock it waits by.
+#include "net/EventLoop.h"
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -16,6 +18,19 @@ namespace {
 constexpr std::int64_t kBoundMs = 20'000;
 
 std::vector<std::string> reported;
+
+// A call that the next turn of the loop makes.
+class Later {
+ public:
+    explicit Later(std::function<void()> call) : call_(std::move(call)) {
+        timer_.Tick.Bind(call_);
+        timer_.StartOnce(0);
+    }
+
+ private:
+    std::function<void()> call_;
+    net::Timer timer_;
+};
 
 class EventLoopContract : public testing::Test {
  protected:
@@ -31,40 +46,41 @@ class EventLoopContract : public testing::Test {
     ErrorReporter before_;
 };
 
-TEST_F(EventLoopContract, PostedCallsRunLaterAndInOrderAndWhatIsPendingWithoutWaiting) {
+TEST_F(EventLoopContract, WhatIsDueRunsLaterAndInOrderAndWhatIsPendingWithoutWaiting) {
     std::string order;
-    os::Timer timer;
+    std::optional<Later> third;
+    net::Timer timer;
     auto tick = [&] { order += "late"; };
     timer.Tick.Bind(tick);
     timer.StartOnce(kBoundMs);
-    os::Post([&] {
+    const Later first([&] {
         order += '1';
-        os::Post([&] { order += '3'; });
+        third.emplace([&] { order += '3'; });
     });
-    os::Post([&] { order += '2'; });
+    const Later second([&] { order += '2'; });
     EXPECT_EQ(order, "");
-    os::ProcessPendingEvents();
+    net::ProcessPendingEvents();
     EXPECT_TRUE(order.starts_with("12")) << order;
-    EXPECT_TRUE(os::RunEventLoopUntil([&] { return order == "123"; }, kBoundMs));
+    EXPECT_TRUE(net::RunEventLoopUntil([&] { return order == "123"; }, kBoundMs));
 }
 
 TEST_F(EventLoopContract, QuitReturnsAfterTheEventThatAskedForIt) {
     bool late = false;
-    os::Post([] { os::QuitEventLoop(7); });
-    os::Post([&] { late = true; });
-    EXPECT_EQ(os::RunEventLoop(), 7);
+    const Later quit([] { net::QuitEventLoop(7); });
+    const Later next([&] { late = true; });
+    EXPECT_EQ(net::RunEventLoop(), 7);
     EXPECT_FALSE(late);
     // The loop can run again, and nothing was lost.
-    EXPECT_TRUE(os::RunEventLoopUntil([&] { return late; }, kBoundMs));
+    EXPECT_TRUE(net::RunEventLoopUntil([&] { return late; }, kBoundMs));
 }
 
 TEST_F(EventLoopContract, AnExceptionThatLeavesAHandlerIsReportedAndEndsNothing) {
     bool next = false;
-    os::Post([] { throw std::runtime_error("thrown"); });
-    os::Post([&] { next = true; });
-    ASSERT_TRUE(os::RunEventLoopUntil([&] { return next; }, kBoundMs));
+    const Later thrower([] { throw std::runtime_error("thrown"); });
+    const Later behind([&] { next = true; });
+    ASSERT_TRUE(net::RunEventLoopUntil([&] { return next; }, kBoundMs));
 
-    os::Timer timer;
+    net::Timer timer;
     int ticks = 0;
     auto tick = [&] {
         ++ticks;
@@ -72,7 +88,7 @@ TEST_F(EventLoopContract, AnExceptionThatLeavesAHandlerIsReportedAndEndsNothing)
     };
     timer.Tick.Bind(tick);
     timer.StartRepeating(1);
-    ASSERT_TRUE(os::RunEventLoopUntil([&] { return ticks >= 2; }, kBoundMs));
+    ASSERT_TRUE(net::RunEventLoopUntil([&] { return ticks >= 2; }, kBoundMs));
     ASSERT_GE(reported.size(), 3u);
     EXPECT_EQ(reported[0], "EventLoop:Dispatch: thrown");
     EXPECT_EQ(reported[1], "EventLoop:Dispatch: ticked");
@@ -80,7 +96,7 @@ TEST_F(EventLoopContract, AnExceptionThatLeavesAHandlerIsReportedAndEndsNothing)
 
 TEST_F(EventLoopContract, ManyTimersTickOnceEachInTheOrderOfTheirTimesAndNotWhenStopped) {
     struct Row {
-        os::Timer timer;
+        net::Timer timer;
         std::int64_t earliest = 0, latest = 0;  // when it may tick: the clock goes on while it is started
         std::vector<Row*>* ticked = nullptr;
         void timer_Tick() {
@@ -105,54 +121,54 @@ TEST_F(EventLoopContract, ManyTimersTickOnceEachInTheOrderOfTheirTimesAndNotWhen
     std::size_t running = 0;
     for (const auto& row : rows) running += row.timer.IsRunning() ? 1u : 0u;
     ASSERT_EQ(running, kCount - kCount / 3);
-    ASSERT_TRUE(os::RunEventLoopUntil([&] { return ticked.size() == running; }, kBoundMs));
+    ASSERT_TRUE(net::RunEventLoopUntil([&] { return ticked.size() == running; }, kBoundMs));
     std::int64_t reached = 0;
     for (const auto* row : ticked) {
         EXPECT_GE(row->latest, reached) << "a later one came first";
         reached = std::max(reached, row->earliest);
     }
-    os::RunEventLoopUntil([] { return false; }, 50);
+    net::RunEventLoopUntil([] { return false; }, 50);
     EXPECT_EQ(ticked.size(), running);
 }
 
 TEST_F(EventLoopContract, ATimerThatIsStartedAgainKeepsToTheLastCall) {
-    os::Timer timer;
+    net::Timer timer;
     int ticks = 0;
     auto count = [&] { ++ticks; };
     timer.Tick.Bind(count);
     timer.StartRepeating(5);
     timer.StartOnce(10);
-    os::RunEventLoopUntil([] { return false; }, 60);
+    net::RunEventLoopUntil([] { return false; }, 60);
     EXPECT_EQ(ticks, 1);
 }
 
 TEST_F(EventLoopContract, ATimerMayBeDestroyedByItsOwnTick) {
-    auto timer = std::make_unique<os::Timer>();
+    auto timer = std::make_unique<net::Timer>();
     auto tick = [&] { timer.reset(); };
     timer->Tick.Bind(tick);
     timer->StartRepeating(1);
-    EXPECT_TRUE(os::RunEventLoopUntil([&] { return timer == nullptr; }, kBoundMs));
+    EXPECT_TRUE(net::RunEventLoopUntil([&] { return timer == nullptr; }, kBoundMs));
 }
 
 TEST_F(EventLoopContract, AHandlerMayRunALoopOfItsOwn) {
     std::string order;
-    os::Timer timer;
+    net::Timer timer;
     auto tick = [&] { order += 't'; };
     timer.Tick.Bind(tick);
-    os::Post([&] {
+    const Later outer([&] {
         order += '(';
         timer.StartOnce(5);
-        os::RunEventLoopUntil([&] { return order == "(t"; }, kBoundMs);
+        net::RunEventLoopUntil([&] { return order == "(t"; }, kBoundMs);
         order += ')';
     });
-    EXPECT_TRUE(os::RunEventLoopUntil([&] { return order == "(t)"; }, kBoundMs));
+    EXPECT_TRUE(net::RunEventLoopUntil([&] { return order == "(t)"; }, kBoundMs));
 }
 
 TEST_F(EventLoopContract, RunUntilGivesUpWhenTheTimeIsOver) {
     const auto start = os::MonotonicMilliseconds();
-    EXPECT_FALSE(os::RunEventLoopUntil([] { return false; }, 20));
+    EXPECT_FALSE(net::RunEventLoopUntil([] { return false; }, 20));
     EXPECT_GE(os::MonotonicMilliseconds() - start, 20);
-    EXPECT_TRUE(os::RunEventLoopUntil([] { return true; }, 0));
+    EXPECT_TRUE(net::RunEventLoopUntil([] { return true; }, 0));
 }
 
 }  // namespace

@@ -31,7 +31,7 @@ TEST_F(TcpContract, WithoutFreeFilesAcceptingPausesAndRecovers) {
     waiting.Send("2");
 
     int turns = 0;
-    os::RunEventLoopUntil(
+    net::RunEventLoopUntil(
         [&] {
             ++turns;
             return false;

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "base/RuntimeError.h"
+#include "os/RegistryStore.h"
 #include "tests/contract/Implementation.h"
 
 namespace {
@@ -14,15 +15,15 @@ class FilesContract : public testing::Test {
  protected:
     FilesContract() {
         PrepareContract();
-        folder_ = os::ProgramFolder() + "/" + os::ProgramBaseName() + "-files";
+        folder_ = os::ProgramFolder() / (os::ProgramBaseName() + "-files");
         os::MakeFolder(folder_);
         for (const char* name : {"a.txt", "b.txt", "\xE9t\xE9 \x80.txt", "b.txt.new"})
             os::RemoveFile(In(name));
     }
 
-    std::string In(const std::string& name) const { return folder_ + "/" + name; }
+    os::Path In(const std::string& name) const { return folder_ / name; }
 
-    std::string folder_;
+    os::Path folder_;
 };
 
 TEST_F(FilesContract, FoldersAreMadeOnceAndNeedTheirParent) {
@@ -57,6 +58,10 @@ TEST_F(FilesContract, ReplacingLeavesTheNewContentAndNothingElse) {
     os::ReplaceFileWith(In("b.txt"), "first, longer");
     os::ReplaceFileWith(In("b.txt"), "second");
     EXPECT_EQ(os::ReadWholeFile(In("b.txt"), kAll), "second");
+    os::AppendToFile(In("c.txt"), "third");
+    os::RenameFile(In("c.txt"), In("b.txt"));
+    EXPECT_EQ(os::ReadWholeFile(In("b.txt"), kAll), "third");
+    EXPECT_FALSE(os::FileExists(In("c.txt")));
     EXPECT_FALSE(os::FileExists(In("b.txt.new")));
     os::RemoveFile(In("b.txt"));
     EXPECT_FALSE(os::FileExists(In("b.txt")));
@@ -68,9 +73,9 @@ TEST_F(FilesContract, ChangesOfFoldersAndInMissingFoldersFailWithANumberAndALine
         for (const auto change : {os::AppendToFile, os::ReplaceFileWith}) {
             try {
                 change(place, "x");
-                ADD_FAILURE() << place << " was changed";
+                ADD_FAILURE() << place.Shown() << " was changed";
             } catch (const RuntimeError& error) {
-                EXPECT_NE(error.Number(), 0) << place;
+                EXPECT_NE(error.Number(), 0) << place.Shown();
                 const std::string text = error.what();  // stands in sentences and lines
                 EXPECT_TRUE(!text.empty() && text.find_first_of("\r\n") == text.npos) << text;
             }
@@ -82,14 +87,47 @@ TEST_F(FilesContract, ChangesOfFoldersAndInMissingFoldersFailWithANumberAndALine
 
 TEST_F(FilesContract, BothSeparatorsAndNamesInTheCodePageWork) {
     const auto name = std::string("\xE9t\xE9 \x80.txt");
-    os::AppendToFile(folder_ + "\\" + name, "x");
+    const auto twice = os::Path::FromText(folder_.Shown() + "\\" + name);
+    os::AppendToFile(twice, "x");
     EXPECT_TRUE(os::FileExists(In(name)));
-    EXPECT_EQ(os::ReadWholeFile(folder_ + "\\" + name, kAll), "x");
+    EXPECT_EQ(os::ReadWholeFile(twice, kAll), "x");
+}
+
+// Characters of four scripts: no code page but UTF-8 has them all.
+TEST_F(FilesContract, APathHoldsWhatNoTextCanSay) {
+    const auto foreign = os::Path::FromSystem(In("").System() + "\xC5\x81\xD0\x9F\xE4\xB8\xAD\xCE\xB1");
+    os::MakeFolder(foreign);
+    EXPECT_TRUE(os::FolderExists(foreign));
+    const auto file = foreign / "a.txt";
+    os::AppendToFile(file, "x");
+    EXPECT_EQ(os::ReadWholeFile(file, kAll), "x");
+    os::ReplaceFileWith(file, "y");
+    EXPECT_EQ(os::ReadWholeFile(file, kAll), "y");
+    os::RemoveFile(file);
+    EXPECT_FALSE(os::FileExists(file));
+    const auto text = file.Text();
+    EXPECT_TRUE(!text || os::Path::FromText(*text) == file) << *text;
+    EXPECT_NE(file.Shown().find("a.txt"), std::string::npos);
+    EXPECT_EQ(os::Path::FromText("caf\xE9").Text(), "caf\xE9");
+
+    BeginRegistryTest();
+    const auto hive = os::RegistryHive::CurrentUser;
+    EXPECT_TRUE(os::ReadRegistryPath(hive, kContractKey, "path").IsEmpty());
+    EXPECT_TRUE(os::WriteRegistryPath(hive, kContractKey, "path", file));
+    EXPECT_EQ(os::ReadRegistryPath(hive, kContractKey, "path"), file);
+    EndRegistryTest();
+}
+
+TEST_F(FilesContract, ANameThatDiffersInCaseOnlyIsTheOneThatIsThere) {
+    os::AppendToFile(In("b.txt"), "x");
+    os::AppendToFile(os::InSpellingOfDisk(folder_, "B.TXT"), "y");
+    EXPECT_EQ(os::ReadWholeFile(In("b.txt"), kAll), "xy");
+    EXPECT_FALSE(os::FileExists(os::InSpellingOfDisk(folder_, "c.txt")));
 }
 
 TEST_F(FilesContract, TheProgramKnowsWhereItIs) {
-    ASSERT_FALSE(os::ProgramFolder().empty());
-    EXPECT_EQ(std::string("/\\").find(os::ProgramFolder().back()), std::string::npos);
+    ASSERT_FALSE(os::ProgramFolder().IsEmpty());
+    EXPECT_EQ(std::string("/\\").find(os::ProgramFolder().System().back()), std::string::npos);
     EXPECT_TRUE(os::FolderExists(os::ProgramFolder()));
     EXPECT_EQ(os::ProgramBaseName().find('.'), std::string::npos);
 }

@@ -1,13 +1,13 @@
-// What the suites need from the implementation that they run on, each in a source of its own: a fresh world,
-// an empty registry, and RawPeer, a client that does what os::TcpSocket never does, such as aborting the
-// connection, and that needs no loop.
+// What the suites need from the implementation that they run on, each in a source of its own: a fresh world
+// and an empty registry; and RawPeer, on the sockets of any of them.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
+
+#include "os/Sockets.h"
 
 // Before each test: a fresh world where the implementation has one.
 void PrepareContract();
@@ -19,21 +19,20 @@ inline constexpr char kContractKey[] = "software\\Wrenlow contract test";
 void BeginRegistryTest();
 void EndRegistryTest();
 
+// A client that does what net::TcpSocket never does, such as aborting the connection.
 class RawPeer {
  public:
     explicit RawPeer(std::uint16_t port);  // connects to 127.0.0.1
-    ~RawPeer();
 
     void Send(std::string_view bytes);
     void EndDirection();  // FIN; receiving goes on
     void Abort();         // RST, where CanAbort
 
-    // Waits for as many bytes, five seconds at most; what has come.
+    // Runs the loop until as many bytes have come, five seconds at most; what has come.
     std::string Receive(std::size_t count);
 
  private:
-    struct Impl;
-    std::unique_ptr<Impl> impl_;
+    os::Socket socket_;
 };
 
 // Wine ends a connection properly whatever it is asked for, so nobody there sees a reset of its making.

@@ -10,7 +10,7 @@
 namespace {
 
 constexpr auto kHive = os::RegistryHive::CurrentUser;
-constexpr std::size_t kMost = 4096;
+constexpr std::size_t kMaxBytes = 4096;
 // Three levels, none of which exists at first.
 const std::string kKey = std::string(kContractKey) + "\\One\\Two";
 
@@ -20,7 +20,7 @@ class RegistryStoreContract : public testing::Test {
     ~RegistryStoreContract() override { EndRegistryTest(); }
 };
 
-std::string Read(const std::string& key, const std::string& name, std::size_t maxBytes = kMost) {
+std::string Read(const std::string& key, const std::string& name, std::size_t maxBytes = kMaxBytes) {
     const auto value = os::ReadRegistryValue(kHive, key, name, maxBytes);
     return value ? value->data : "(nothing)";
 }
@@ -56,7 +56,7 @@ TEST_F(RegistryStoreContract, KeepsEveryTypeAndTextAndNumberOfBytes) {
     }
     for (const auto& [type, data] : values) {
         ASSERT_TRUE(os::WriteRegistryValue(kHive, kKey, "name", type, data));
-        const auto value = os::ReadRegistryValue(kHive, kKey, "name", kMost);
+        const auto value = os::ReadRegistryValue(kHive, kKey, "name", kMaxBytes);
         ASSERT_TRUE(value) << type << " " << data;
         EXPECT_EQ(value->type, type) << data;
         EXPECT_EQ(value->data, data) << type;

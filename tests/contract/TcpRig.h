@@ -1,4 +1,4 @@
-// TcpRig: sockets that write down what they are told, and a listener that accepts for the tests of os/Tcp.h.
+// TcpRig: sockets that write down what they are told, and a listener that accepts for the tests of net/Tcp.h.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -8,8 +8,8 @@
 #include <memory>
 #include <string>
 
-#include "os/EventLoop.h"
-#include "os/Tcp.h"
+#include "net/EventLoop.h"
+#include "net/Tcp.h"
 #include "tests/contract/Implementation.h"
 
 inline constexpr std::int64_t kBoundMs = 20'000;  // for conditions that must come true
@@ -24,7 +24,7 @@ class Recorder {
         socket->Failed.Bind<&Recorder::socket_Failed>(*this);
     }
 
-    std::unique_ptr<os::TcpSocket> socket = std::make_unique<os::TcpSocket>();
+    std::unique_ptr<net::TcpSocket> socket = std::make_unique<net::TcpSocket>();
     std::string events;
     std::string received;
     std::size_t largestArrival = 0;
@@ -68,11 +68,11 @@ class TcpContract : public testing::Test {
         listener.Listen(0);
     }
 
-    static bool Wait(const std::function<bool()>& done) { return os::RunEventLoopUntil(done, kBoundMs); }
+    static bool Wait(const std::function<bool()>& done) { return net::RunEventLoopUntil(done, kBoundMs); }
 
     // Gives events that must not come time to come anyway.
     static void LetPass(std::int64_t milliseconds = 30) {
-        os::RunEventLoopUntil([] { return false; }, milliseconds);
+        net::RunEventLoopUntil([] { return false; }, milliseconds);
     }
 
     // A connection within the test: `server` is the listener's side.
@@ -92,7 +92,7 @@ class TcpContract : public testing::Test {
         return peer;
     }
 
-    os::TcpListener listener;
+    net::TcpListener listener;
     std::deque<Recorder*> toAccept;  // the next connection requests are for these; others are not accepted
     int requests = 0;
 

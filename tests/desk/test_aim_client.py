@@ -5,6 +5,7 @@ import tempfile
 from sandbox.client import Client
 from sandbox.desk import (CANCEL, OK, PROXY, SCREEN_NAME, SETTINGS, AimClient, Box, Hand, Wrenlow, registry_forget,
                           registry_set, registry_values, until)
+from sandbox.program import end_wine
 from sandbox.service import Service
 from tests.e2e.measure import describe
 from tests.e2e.target import Bystander
@@ -32,7 +33,7 @@ class Desk(BoundedTest):
         self.service = Service()
         await self.service.start()
         self.addAsyncCleanup(self.service.stop)
-        folder = tempfile.TemporaryDirectory(prefix="America Online ")  # a path with blanks, as the real one
+        folder = tempfile.TemporaryDirectory(prefix="America Online Łukasz ")  # blanks and what no code page has with them
         self.addCleanup(folder.cleanup)
         self.hand = await Hand.reach_out(self.build / "sandbox/hand/hand.exe")
         self.addAsyncCleanup(self.hand.rest)
@@ -48,9 +49,14 @@ class Desk(BoundedTest):
         self.assertEqual([fault.text for fault in self.service.faults], [])
 
     def state(self):
-        if not self.wrenlow or not self.wrenlow.pid:
-            return "wrenlow.exe does not run"
-        return "\n".join([f"wrenlow.exe runs as process {self.wrenlow.pid}:", *describe(self.wrenlow.pid, Wrenlow.PORT)])
+        if not self.wrenlow:
+            return "there was no program yet"
+        more = describe(self.wrenlow.pid, Wrenlow.PORT) if self.wrenlow.pid else []
+        return "\n".join([self.wrenlow.state(), *more])
+
+    def discard(self):
+        """The next test begins with a Wine of its own, whatever has become of this one's."""
+        end_wine()
 
     async def start(self, setupaim="1", revertsettings="0", **options):
         await registry_set(SETTINGS, setupaim=setupaim, revertsettings=revertsettings, onstartup="0")

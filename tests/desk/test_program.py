@@ -1,14 +1,22 @@
 """wrenlow.exe at its start, at work behind an open box, and at the end of the session; its hold on AIM's windows."""
 import asyncio
+import shutil
 import socket
+import tempfile
+from pathlib import Path
 
 from sandbox.client import Client
-from sandbox.desk import OK, SETTINGS, Wrenlow, registry_set, until
+from sandbox.desk import OK, SETTINGS, Box, Wrenlow, registry_set, registry_values, until
+from sandbox.program import of_windows, run_in_wine
 from tests.desk.test_aim_client import Desk
 
 ABOUT = "menu UUE"  # the last entry but one
 OPEN_MENU = "menu U"
 ESCAPE = 27
+RUNS_ALREADY = Box("Wrenlow", "Wrenlow is running already. Its icon is in the notification area.", [OK])
+EDIT_PROFILE = "menu DDDE"
+VOLATILE = r"HKEY_CURRENT_USER\Volatile Environment"
+RUN = r"HKCU\Software\Microsoft\Windows\CurrentVersion\Run"
 OPAQUE, HALF = "no layer", "128"
 
 
@@ -30,18 +38,30 @@ class Program(Desk):
     async def opens_menu(self):
         await self.hand.do(OPEN_MENU, "open")
 
-    async def test_a_port_that_is_taken_is_told_and_the_tray_stays(self):
+    async def test_a_port_that_is_taken_is_tried_again_until_it_is_free(self):
         with socket.create_server(("127.0.0.1", Wrenlow.PORT)):
             await self.start(setupaim="0")
-            await self.shows("Wrenlow")
-            told = await self.hand.ask("read Wrenlow")
-            self.assertIn("Wrenlow generated the folloing error\t10048: ", told)
-            self.assertIn("|at: modSocket:WinsockStartListen: 0\t", told)
-            await self.opens_about()
-            self.assertEqual(await self.hand.ask("read Wrenlow"), told)
+
+            async def has_an_icon():
+                return await self.hand.ask(ABOUT) == "chosen"
+            await until(has_an_icon, "the icon's menu")
+            await self.hand.next_box()
             await self.hand.press(OK)
-            await self.hand.do("push Wrenlow\tOK", "closed")
-            self.assertFalse(self.wrenlow.has_ended())
+            self.assertNotIn("Wrenlow", await self.hand.windows())  # no error window yet
+        await self.relays()
+
+    async def test_a_second_start_says_so_and_touches_nothing(self):
+        await self.start_listening()
+        await self.accompany()
+        for checks_for_update in (True, False):
+            second = Wrenlow(self.build / self.PROGRAM)
+            await second.start(checks_for_update)
+            if checks_for_update:
+                await self.answers((RUNS_ALREADY, OK))
+            self.assertEqual(await second.end(), 0)
+            await self.undisturbed()
+        await self.opens_about()
+        await self.hand.press(OK)
 
     async def test_clients_come_talk_and_go_while_a_box_is_open(self):
         await self.start_listening()
@@ -74,6 +94,54 @@ class Program(Desk):
                     await self.hand.do(f"keys {ESCAPE}", "pressed")
                 self.assertEqual(await self.wrenlow.end(), 0)
 
+    async def set_appdata(self, folder):
+        """As Windows does at the sign-on of a user; what is handed to reg in a file may have any letters."""
+        with tempfile.NamedTemporaryFile(suffix=".reg") as file:
+            value = folder.replace("\\", "\\\\")
+            text = f'Windows Registry Editor Version 5.00\r\n\r\n[{VOLATILE}]\r\n"APPDATA"="{value}"\r\n'
+            file.write(text.encode("utf-16"))
+            file.flush()
+            await asyncio.to_thread(run_in_wine, of_windows("reg"), "import", "Z:" + file.name)
+
+    async def test_a_folder_that_the_code_page_cannot_name(self):
+        """Of a user who is called so: the program starts there, finds its aliases and AIM's files, logs, and Windows is told
+        where it is."""
+        above = tempfile.TemporaryDirectory()
+        self.addCleanup(above.cleanup)
+        home = Path(above.name, "\u0141ukasz \u041f\u0440\u0438\u0432\u0435\u0442")
+        home.mkdir()
+        self.wrenlow = Wrenlow(shutil.copy(self.build / self.PROGRAM, home))
+        self.addAsyncCleanup(self.wrenlow.close)
+        logs = tempfile.TemporaryDirectory()
+        self.addCleanup(logs.cleanup)
+        await registry_set(SETTINGS, setupaim="0", onstartup="1", logims="1", logwhere="Z:" + logs.name.replace("/", "\\"))
+        data = home / "AppData"
+        (data / "Aim/tomsample").mkdir(parents=True)
+        before = (await registry_values(VOLATILE))["APPDATA"][1]
+        self.addAsyncCleanup(self.set_appdata, before)
+        await self.set_appdata("Z:" + str(data).replace("/", "\\"))
+        await self.wrenlow.start()
+        await self.wrenlow.wait_until_listening()
+        tom = await self.client("tomsample")
+        (home / "repl.dat").write_bytes(b"tomsample\r\nFred\r\n")
+        ada = await self.client("Ada")
+        await tom.say("Ada", "hello")
+        self.assertEqual(await ada.hear(), ("Fred", "hello"))
+        self.assertEqual({path.name for path in home.iterdir()},
+                         {"AppData", "wrenlow.exe", "repl.dat", "localdata.txt", "remotedata.txt"})
+        self.assertEqual({path.name.split()[0] for path in Path(logs.name).iterdir()}, {"Ada", "Fred"})
+        await self.hand.do(EDIT_PROFILE, "chosen")
+        await self.shows("Edit Profile")
+        await self.hand.do("select Edit Profile\t0\t1", "selected")
+        await self.hand.do("fill Edit Profile\t0\t<b>Birds</b>", "filled")
+        await self.hand.do("push Edit Profile\tSave", "closed")
+        self.assertEqual((data / "Aim/tomsample/info.htm").read_bytes(), b"<b>Birds</b>\r\n")
+        # What reg tells is in a code page, but what it exports is not.
+        await asyncio.to_thread(run_in_wine, of_windows("reg"), "export", RUN, "Z:" + above.name + "/run.reg", "/y")
+        program = "Z:" + str(home / "wrenlow.exe").replace("/", "\\")
+        self.assertIn('"Wrenlow"="%s"' % program.replace("\\", "\\\\"),
+                      Path(above.name, "run.reg").read_text(encoding="utf-16"))
+
     async def test_a_taskbar_that_is_restarted_again_and_again_disturbs_nobody(self):
         await self.start_listening()
         await self.accompany()
@@ -88,12 +156,16 @@ class Program(Desk):
         await self.aim.start()
         await self.aim.signs_on("directly")
         await registry_set(SETTINGS, trans1="1", trans2="0", trans3="0", trans4="0", transamount="50")
+        self.aim.freeze()
+        self.addCleanup(self.aim.thaw)
         await self.start_listening()
+        await self.relays()  # while the windows hang
 
         async def becomes(alpha):
             async def is_so():
                 return await self.hand.ask("alpha fred - Instant Message") == alpha
             await until(is_so, f"{alpha} of the message window")
+        self.aim.thaw()
         await becomes(HALF)
         for title in ("Buddy Info: fred", "Chat Room: Wrens"):
             self.assertEqual(await self.hand.ask(f"alpha {title}"), OPAQUE)

@@ -68,6 +68,7 @@ class RelayTest(BoundedTest):
         if program:
             program.kill()
             program = None
+            target.renew()
 
     async def new_service(self, **options):
         """A service whose frames every test needs whole; options as for Service."""
@@ -120,7 +121,7 @@ class RelayTest(BoundedTest):
 
 class FeatureTest(RelayTest):
     """With settings, an alias list and folders for logs, all gone again when the test ends."""
-    OFF = {"logims": "0", "seehtml": "0"}
+    OFF = {"logims": "0", "logchat": "0", "seehtml": "0", "server": "", "server-fallback": "1"}
 
     async def asyncSetUp(self):
         await super().asyncSetUp()

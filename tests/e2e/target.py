@@ -10,7 +10,8 @@ import tempfile
 import sys
 import time
 
-from sandbox.program import PATIENCE, ExeSettings, RelaySettings, end_wine, listens, of_windows, run_in_wine
+from sandbox.program import (PATIENCE, ExeSettings, RelaySettings, end_wine, listens, of_windows, run_in_wine,
+                             wine_state)
 from tests.e2e.measure import describe
 
 OTHERS_TIME = 600  # seconds that other runs may take with the port
@@ -171,17 +172,31 @@ class Relay:
         self._settings_file = f"{self.data}/settings"
         self.settings = RelaySettings(path, self._settings_file)
 
-    def start(self, port=None, data=None, **streams):
-        """On a free port, or on the given one; does not wait until it listens."""
+    def start(self, port=None, data=None, closed="", options=(), **streams):
+        """On a free port, or on the given one; does not wait until it listens. `closed` are redirections of the shell."""
         port = port or free_port()
-        return Program([self.path, "--data", data or self.data, "--settings", self._settings_file,
-                        "--listen-port", str(port)], port, **streams)
+        return Program(["sh", "-c", f'exec "$0" "$@" {closed}', self.path, "--data", data or self.data, "--settings", self._settings_file,
+                        "--listen-port", str(port), *options], port, **streams)
+
+    def verdict(self, program):
+        """What the program says of the last sign-on."""
+        before = program.output()
+        program.say("why")
+        wait_until(lambda: "What to do:" in program.output()[len(before):], "no answer to why")
+        lines = program.output()[len(before):].splitlines()
+        return lines[next(i for i, line in enumerate(lines) if line.startswith("What to do:")) - 1]
+
+    def renew(self):
+        """After a failure, whatever may be left of it besides the program itself."""
 
     def close(self):
         self._folder.cleanup()
 
 
 class WindowsProgram(Program):
+    def state(self):
+        return "\n".join([super().state(), *wine_state()])
+
     def kill(self):
         super().kill()
         if listens(self.port):
@@ -225,7 +240,11 @@ class Exe:
         assert port == self.PORT
         if listens(port):
             raise RuntimeError(f"port {port} is taken, by a program that another run has left")
-        return WindowsProgram(["wine", self._copy, "d"], port)  # d: no update check at the start
+        # Of Wine the errors are wanted: a program that ends at its start has nothing else to say. d: no update check.
+        return WindowsProgram(["env", "WINEDEBUG=fixme-all", "wine", self._copy, "d"], port)
+
+    def renew(self):
+        end_wine()
 
     def close(self):
         self._folder.cleanup()

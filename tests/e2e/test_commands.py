@@ -1,6 +1,8 @@
 """Frames that the program puts into a session of its own accord, asked for on wrenlow-relay's standard input. A gap or a
 repeat in the numbers, or a mixed-up frame, would end the connection as a fault of the service."""
 import asyncio
+import contextlib
+import os
 import signal
 import tempfile
 
@@ -10,14 +12,15 @@ from tests.e2e import support
 from tests.e2e.support import RelayTest, frame, within
 
 TYPE = b'text/aolrtf; charset="us-ascii"'
+UCS2 = b'text/aolrtf; charset="unicode-2-0"'
 
 
-def away(text):
-    return snac(2, 4, tlv(3, TYPE) + tlv(4, text))
+def away(text, kind=TYPE):
+    return snac(2, 4, tlv(3, kind) + tlv(4, text))
 
 
-def profile(text):
-    return snac(2, 4, tlv(1, TYPE) + tlv(2, text))
+def profile(text, kind=TYPE):
+    return snac(2, 4, tlv(1, kind) + tlv(2, text))
 
 
 def idle(seconds):
@@ -29,6 +32,8 @@ COMMANDS = [
     ("away adasample Gone to the <i>sea</i>", away(b"Gone to the <i>sea</i>")),
     ("BACK AdaSample", away(b"")),
     ("away adasample na\u00efve \u20ac", away(b"na\xefve \x80")),
+    ("away adasample \u65e5\u672c \U0001f600", away("\u65e5\u672c \U0001f600".encode("utf-16-be"), UCS2)),
+    ("profile adasample \u65e5", profile("\u65e5".encode("utf-16-be"), UCS2)),
     ("idle ADASAMPLE 10", idle(600)),
     ("idle adasample 1092", idle(65520)),
     ("idle adasample 0", idle(0)),
@@ -89,6 +94,49 @@ class Commands(RelayTest):
             self.assertEqual([payload for payload in self.payloads(client.name) if payload.startswith(b"\0\2\0\4")],
                              expected)
 
+    async def test_a_line_that_is_too_long_is_left_out_to_its_end(self):
+        await self.answers("x" * 65_536 + "quit", "A command of more than 65536 bytes was left out.")
+        await self.answers("names", "Nobody is signed on.")
+
+    async def test_a_terminal_that_nobody_reads_holds_nothing_up_and_gets_whole_lines(self):
+        before = len(support.program.output())
+        await self.answers("help", "NAME is a screen name without its blanks, or (all).")
+        whole = set(support.program.output()[before:].splitlines())
+        ours, its = os.openpty()
+        program = support.start(output=its)
+        self.addCleanup(os.close, ours)
+        self.addCleanup(program.kill)
+        os.close(its)
+        program.say("help\n" * 1000)
+        program.say("names\n")
+        self.assertEqual(await self.through(program), HELLO)
+        await asyncio.to_thread(program.bystander.how_it_goes)
+        program.ask_to_end()
+        self.assertEqual(program.wait(), 0)
+        shown = b""
+        with contextlib.suppress(OSError):  # the other side has been closed
+            while part := os.read(ours, 65_536):
+                shown += part
+        lines = shown.decode().split("\r\n")
+        self.assertGreater(len(lines), 50)
+        self.assertEqual({line for line in lines[1:-1] if not line.startswith("connection ")} - whole, set())
+
+    async def test_streams_that_are_closed_at_the_start_do_no_harm(self):
+        for closed in ("<&-", "<&- >&- 2>&-"):
+            with self.subTest(closed=closed):
+                program = support.start(closed=closed)
+                self.addCleanup(program.kill)
+                self.assertEqual(await self.through(program), HELLO)
+                program.ask_to_end()
+                self.assertEqual(program.wait(), 0)
+
+    async def through(self, program):
+        """What a server gets of a first frame that is sent through the program."""
+        reader, writer = await connect(program.address, self.service.host, self.service.port)
+        self.addCleanup(writer.close)
+        writer.write(frame(SIGN_ON, 1, HELLO))
+        return (await within(reader.readexactly(10)))[6:]
+
     async def test_input_in_pieces_or_from_a_file_is_read_and_its_end_ends_the_commands_and_nothing_else(self):
         with tempfile.TemporaryFile() as file:
             file.write(b"names\nnames")
@@ -103,9 +151,6 @@ class Commands(RelayTest):
         for program, number in ((pipe, signal.SIGINT), (from_file, signal.SIGHUP)):
             await self.says(program, "standard input has ended, and commands with it; Ctrl-C ends the program")
             self.assertEqual(program.output().count("Nobody is signed on."), 2)
-            reader, writer = await connect(program.address, self.service.host, self.service.port)
-            writer.write(frame(SIGN_ON, 1, HELLO))
-            self.assertEqual((await within(reader.readexactly(10)))[6:], HELLO)
-            writer.close()
+            self.assertEqual(await self.through(program), HELLO)
             program.ask_to_end(number)
             self.assertEqual(program.wait(), 0)

@@ -1,22 +1,33 @@
 """A conversation of two clients in the log files. A line is written before its message goes on, so there is nothing to
 wait for."""
+from sandbox.client import CHAT
+from sandbox.wire import tlv
+from tests.e2e import support
 from tests.e2e.support import FeatureTest
 
 PAGE = '<HTML><BODY BGCOLOR="#ffffff"><FONT SIZE=2>hi<BR>there</FONT></BODY></HTML>'
 CONVERSATION = [("Ada Sample", PAGE), ("tomsample", "<b>bold</b> &lt; 3"), ("Ada Sample", "na\u00efve \u2713"),
                 ("tomsample", "two\r\nlines")]
-# By what is spoken: in a text log, in an HTML log.
-LOGGED = [(b"hi\r\nthere", PAGE.encode()), (b"bold &lt; 3", b"<b>bold</b> &lt; 3"),
-          (b"na\xefve &#10003;", b"na\xefve &#10003;"), (b"two\r\nlines", b"two\r\nlines")]
+# The third line in HTML, in the character set of the program's texts. Plain text is UTF-8 because of it.
+LETTERS = {"relay": "na\u00efve \u2713".encode(), "exe": b"na\xefve &#10003;"}
+MARK = {"relay": b"", "exe": b"\xef\xbb\xbf"}
+
+
+def logged():
+    """By what is spoken: in a text log, in an HTML log."""
+    letters = LETTERS[support.target.name]
+    return [(b"hi\r\nthere", PAGE.encode()), (b"bold &lt; 3", b"<b>bold</b> &lt; 3"), (LETTERS["relay"], letters),
+            (b"two\r\nlines", b"two\r\nlines")]
 
 
 def text_lines(ada, tom):
-    return b"".join(b"%s (TIME): %s\r\n" % (speaker, text) for speaker, (text, _) in zip((ada, tom, ada, tom), LOGGED))
+    lines = [b"%s (TIME): %s\r\n" % (speaker, text) for speaker, (text, _) in zip((ada, tom, ada, tom), logged())]
+    return MARK[support.target.name] + b"".join(lines)
 
 
 def html_lines(ada, tom):
     lines = []
-    for (speaker, colour), (_, html) in zip((ada, tom, ada, tom), LOGGED):
+    for (speaker, colour), (_, html) in zip((ada, tom, ada, tom), logged()):
         lines.append(b"<b><font color=#%s>%s </font><font color=#0000ff size=-1>(TIME):</font> </b>%s<br>\r\n"
                      % (colour, speaker, html))
     return b"".join(lines)
@@ -56,21 +67,7 @@ class Logs(FeatureTest):
             "tomsample/tomsample DATE.htm": html_lines((b"Ada Sample", sent), (b"tomsample", received)),
             "AdaSample/AdaSample DATE.htm": html_lines((b"AdaSample", received), (b"tomsample", sent))})
 
-    async def test_nothing_is_logged_unless_wanted(self):
-        await self.sign_on()
-        folder = self.log_to()
-        self.settings(logims="0")
-        await self.converse()
-        self.assertEqual(self.logs(folder), {})
-
-    async def test_a_folder_that_is_missing_is_made(self):
-        await self.sign_on()
-        folder = self.log_to(self.folder() + "/new")
-        await self.converse(CONVERSATION[1:2])
-        self.assertEqual(self.logs(folder), {"AdaSample DATE.txt": b"tomsample (TIME): bold &lt; 3\r\n",
-                                             "tomsample DATE.txt": b"tomsample (TIME): bold &lt; 3\r\n"})
-
-    async def test_an_alias_names_what_comes_and_the_real_name_what_goes(self):
+    async def test_a_conversation_under_an_alias_is_one_file(self):
         await self.tom.sign_on()
         self.aliases(b"tomsample\r\nFred\r\n")
         await self.ada.sign_on()
@@ -78,6 +75,23 @@ class Logs(FeatureTest):
         await self.ada.say("Fred", "to Fred")
         await self.tom.say("Ada Sample", "from Fred")
         await self.ada.hear()
+        await self.ada.say("Tom Sample", "to his own name")
         logs = self.logs(folder)
-        self.assertEqual(logs["tomsample DATE.txt"], b"Ada Sample (TIME): to Fred\r\n")
-        self.assertEqual(logs["Fred DATE.txt"], b"Fred (TIME): from Fred\r\n")
+        self.assertEqual(logs["Fred DATE.txt"], b"Ada Sample (TIME): to Fred\r\nFred (TIME): from Fred\r\n"
+                                                b"Ada Sample (TIME): to his own name\r\n")
+        self.assertFalse([name for name in logs if name.lower().startswith("tom")])
+
+    async def test_a_chat_room_is_a_file_of_its_name(self):
+        await self.sign_on()
+        folder = self.log_to()
+        self.settings(logchat="1")
+        ada, tom = await self.ada.enter_room(), await self.tom.enter_room()
+        for line in (ada, tom):
+            await line.take(CHAT, 2)  # which tells the room's name
+        comes_back = tlv(6)
+        for speaker, asks, text in ((ada, comes_back, b"<b>hello</b>"), (tom, comes_back, b"hi"), (ada, b"", b"bye")):
+            await speaker.send_snac(CHAT, 5, bytes(8) + b"\0\3" + tlv(1) + asks + tlv(5, tlv(1, text)))
+            for line in (ada, tom) if asks else (tom,):
+                await line.take(CHAT, 6)
+        said = [b"Ada Sample (TIME): hello\r\n", b"tomsample (TIME): hi\r\n", b"Ada Sample (TIME): bye\r\n"]
+        self.assertEqual(self.logs(folder), {"Poets DATE.txt": b"".join(line * 2 for line in said)})

@@ -14,17 +14,8 @@ class Profile(FeatureTest):
         await tom.set_profile(PROFILE)
         await self.service.received("tomsample", 2, 4)
         head = self.service.user("tomsample").info() + tlv(1, b'text/aolrtf; charset="us-ascii"')
-        for setting, shown in (("0", PROFILE), ("1", PROFILE + SOURCE), ("true", PROFILE)):
+        for setting, shown in (("0", PROFILE), ("1", PROFILE + SOURCE)):
             with self.subTest(seehtml=setting):
                 self.settings(seehtml=setting)
                 answer = await ada.bos.ask(2, 0x15, b"\0\0\0\1\x09tomsample", 6)
                 self.assertEqual(answer, head + tlv(2, shown.encode("latin-1")))
-
-    async def test_an_away_message_passes_unchanged(self):
-        ada, tom = self.client("Ada Sample"), self.client("tomsample")
-        await ada.sign_on()
-        await tom.sign_on()
-        await tom.set_away("<b>out</b>")
-        await self.service.received("tomsample", 2, 4)
-        self.settings(seehtml="1")
-        self.assertEqual(await ada.away_message_of("tomsample"), "<b>out</b>")

@@ -11,7 +11,6 @@
 #include <utility>
 
 #include "app/services/modRegistry.h"
-#include "features/clsSessionFeatures.h"
 #include "os/fake/FakeClock.h"
 #include "os/fake/FakeFiles.h"
 #include "tests/fuzz/Check.h"
@@ -21,7 +20,7 @@
 
 namespace {
 
-constexpr std::size_t kMostFilling = 70'000;  // bytes in one run: a largest frame and what is around it
+constexpr std::size_t kMaxFilling = 70'000;  // bytes in one run: a largest frame and what is around it
 constexpr std::uint8_t kAliases = 1, kLogs = 2, kProfiles = 4;
 
 const std::vector<Replacement> kPairs = {{"asdf1234", "Fred"}, {"Fred", "x"}, {"bo", "a longer alias"}};
@@ -43,10 +42,20 @@ class Stream {
         reader_.Silence();
         CheckArrived();
     }
-    void Close() {
+    void Close(bool isReset) {
         reader_.End();
-        source_.Close();
-        os::ProcessPendingEvents();
+        isReset ? source_.Reset() : source_.Close();
+        TakeAgain();
+    }
+    // The other side takes nothing for now: what is sent to it waits, however long, and arrives later.
+    void Stall() {
+        isStalled_ = true;
+        sink_.LimitReceived(0);
+    }
+    void TakeAgain() {
+        isStalled_ = false;
+        sink_.LimitReceived(SIZE_MAX);
+        net::ProcessPendingEvents();
         CheckArrived();
     }
     // A frame of the program's own stands there, on channel 2 and with the next number.
@@ -59,12 +68,16 @@ class Stream {
 
  private:
     void CheckArrived() {
+        if (isStalled_) return;
         const auto received = sink_.TakeReceived();
         std::string_view seen = received;
         for (const auto& frame : std::exchange(reader_.frames, {})) {
             Check(seen.size() >= 6 && seen.size() >= 6 + WordAt(seen, 4), "a whole frame arrives");
             const auto length = 6 + WordAt(seen, 4);
-            Check(seen[0] == '*' && seen[1] == frame[1], "marker and channel");
+            // A profile with its source is a frame of our own: it leaves on channel 2.
+            const bool mayMove =
+                (features_ & kProfiles) != 0 && frame.substr(6, 4) == ByteString("\0\2\0\6", 4);
+            Check(seen[0] == '*' && (seen[1] == frame[1] || (mayMove && seen[1] == 2)), "marker and channel");
             Check(WordAt(seen, 2) == TakeNumber(), "the number is the next one");
             CheckPayload(seen.substr(6, length - 6), frame.substr(6));
             seen.remove_prefix(length);
@@ -79,7 +92,8 @@ class Stream {
             expected.size() >= 10 && expected.starts_with(ByteString("\0\2\0\6", 4));
         if (isUserInformation && (features_ & kProfiles) != 0) {
             Check(seen.substr(0, 10) == expected.substr(0, 10), "a profile keeps its SNAC header");
-        } else {
+        } else if (seen.find("127.0.0.1") == std::string_view::npos || sent.find(':') == std::string::npos) {
+            // Elsewhere a server's address of IPv6 may have been replaced by one that the client can ask for.
             Check(seen == expected, "the payload");
         }
     }
@@ -92,6 +106,7 @@ class Stream {
     std::uint8_t features_;
     std::size_t next_;
     ReferenceReader reader_;
+    bool isStalled_ = false;
 };
 
 void SwitchOn(std::uint8_t features) {
@@ -120,13 +135,17 @@ class Input {
 
 // Slot 0 is the one under attack; so a command for nobody goes there.
 void Attack(Input input, Stream& toServer, Stream& toClient) {
-    std::size_t fillable = kMostFilling;
+    std::size_t fillable = kMaxFilling;
     while (!input.IsEmpty()) {
         const auto step = input.Byte();
         auto& stream = step % 2 == 0 ? toServer : toClient;
         const std::size_t size = input.Byte();
         switch (step / 2 % 8) {
+            case 4:
+                size % 2 == 0 ? stream.Stall() : stream.TakeAgain();
+                break;
             case 0:
+                toServer.TakeAgain();
                 modSocket::SetAwayMessage("nobody at all", std::string(size, 'z'));
                 toServer.CheckInjected();
                 break;
@@ -140,19 +159,18 @@ void Attack(Input input, Stream& toServer, Stream& toClient) {
                 fillable -= std::min(size * 257, fillable);
                 break;
             case 3:
-                if (size == 0) return stream.Close();
+                if (size < 2) return stream.Close(size == 1);
                 [[fallthrough]];
             default:
                 stream.Send(input.Bytes(size));
         }
     }
-    toServer.Close();
+    toClient.TakeAgain();
+    toServer.Close(false);
 }
 
 void Run(const std::uint8_t* bytes, std::size_t size) {
-    clsSessionFeatures sessionFeatures;
     Rig rig;
-    SetSessionHooks(&sessionFeatures);
     Input input(bytes, size);
     const auto features = input.Byte();
     SwitchOn(features);

@@ -23,20 +23,24 @@ class ReferenceReader {
 
     void Feed(const std::string& chunk) {
         if (chunk.empty()) return;
+        const auto before = frames.size();
         const auto bytes = kept_ + chunk;
         rest_ = bytes;
-        const auto before = frames.size();
         while (TakeFrame()) {
         }
         kept_ = rest_;
         // Four bytes that end an arrival may be a whole frame; what follows decides.
         if (kept_.size() == 4) isOpen_ = true;
         isBehindFrame_ = frames.size() > before;
+        if (isBehindFrame_) lastNumber_ = WordAt(frames.back(), 2);
     }
 
-    // Nothing has come for a while: four bytes right behind a whole frame were one too.
+    // Nothing has come for a while: four bytes right behind a whole frame were one too, if they look like the
+    // next one.
     void Silence() {
-        if (isBehindFrame_) End();
+        if (!isBehindFrame_ || kept_.size() != 4) return;
+        const bool isNext = WordAt(kept_, 2) == ((lastNumber_ + 1) & 0xFFFF);
+        if (kept_[0] == '*' && ByteAt(kept_, 1) >= 1 && ByteAt(kept_, 1) <= 5 && isNext) End();
     }
 
     void End() {
@@ -88,4 +92,5 @@ class ReferenceReader {
     std::string_view rest_;  // during one
     bool isOpen_ = false;
     bool isBehindFrame_ = false;
+    std::size_t lastNumber_ = 0;
 };

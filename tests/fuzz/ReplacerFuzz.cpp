@@ -11,7 +11,7 @@
 namespace {
 
 std::vector<Replacement> AppliedPairs() {
-    auto pairs = modSNReplace::ReadReplacements();
+    auto pairs = modSNReplace::ReadAliasFile().pairs;
     std::erase_if(pairs, [](const Replacement& pair) {
         const auto fits = [](const std::string& half) { return !half.empty() && half.size() <= 255; };
         return !fits(pair.screenName) || !fits(pair.replacement);
@@ -32,9 +32,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     Check((list == nullptr) == pairs.empty(), "no list without a pair");
     if (list == nullptr) return 0;
     for (const auto direction : {Direction::ToServer, Direction::ToClient}) {
-        ByteString rewritten;
-        if (!modSNReplace::ReplaceScreenNames(*list, direction, payload, rewritten)) rewritten = payload;
-        Check(rewritten == RewriteLiterally(pairs, direction, payload), "as the literal algorithm");
+        const auto changed = list->Rewrite(direction, payload);
+        Check((changed ? changed->bytes : payload) == RewriteLiterally(pairs, direction, payload),
+              "as the literal algorithm");
     }
     return 0;
 }

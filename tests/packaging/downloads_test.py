@@ -157,7 +157,7 @@ class Downloads(unittest.TestCase):
         with gzip.open(self.unpacked / "usr/share/man/man1/wrenlow-relay.1.gz", "rt", encoding="utf-8") as source:
             page = source.read().replace("\\-", "-")
         options = re.findall(r"(?:^ +|, )(--[a-z-]+)", output(self.relay, "--help"), re.M)
-        source = (ROOT / "features/CommandChannel.cpp").read_text(encoding="utf-8")
+        source = (ROOT / "app/relay/CommandChannel.cpp").read_text(encoding="utf-8")
         commands = re.findall(r'"([a-z]+)(?: NAME| text| minutes)* {2,}', source)
         self.assertIn("--help", options)
         self.assertIn("away", commands)

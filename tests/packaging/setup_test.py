@@ -13,7 +13,7 @@ import unittest
 from pathlib import Path
 
 from sandbox.client import Client
-from sandbox.desk import Hand, until
+from sandbox.desk import CANCEL, AimClient, Hand, until
 from sandbox.program import of_windows
 from sandbox.service import Service
 from tests.e2e.target import Exe, listens, wait_until
@@ -25,6 +25,7 @@ ROOT = Path(__file__).resolve().parents[2]
 BUILT = ROOT / "build/win64/app/shell/wrenlow.exe"
 OLD, NEW = "2.0.16", "2.0.17"
 HAND = ROOT / "build/win64/sandbox/hand/hand.exe"
+AIM = ROOT / "build/win64/sandbox/aim/aim.exe"
 RETRY, YES = 4, 6  # buttons of boxes
 ADDRESS = "127.0.0.1", Exe.PORT
 
@@ -96,12 +97,15 @@ class Setup(unittest.IsolatedAsyncioTestCase):
         self.assertEqual(len(shortcuts), 1)
         self.assertIn("users", shortcuts[0].relative_to(windows.drive_c()).parts[0])  # this user's, not everybody's
 
+        proxy = {"Enabled": 1, "Host": "proxy.example", "Port": 1080}
+        for name, value in proxy.items():
+            windows.write(PROXY_KEY, name, value)
         self.start()
         (self.home / "repl.dat").write_bytes(b"tomsample\r\nTom\r\n")
         (self.home / "logs").mkdir()
         (self.home / "logs/tom.txt").write_text("hello")
         self.assertEqual(windows.values(RUN_KEY)["Wrenlow"], windows.windows_path(self.home / "wrenlow.exe"))
-        self.assertEqual(windows.values(PROXY_KEY)["Enabled"], 1)
+        self.assertEqual(windows.values(PROXY_KEY)["Host"], "127.0.0.1")
 
         self.install(NEW)
         self.wait_until_listening()  # it has been ended to be replaced, and started again
@@ -115,7 +119,7 @@ class Setup(unittest.IsolatedAsyncioTestCase):
         self.assertEqual(self.installed(), ["logs/tom.txt", "repl.dat"])
         self.assertFalse(shortcuts[0].exists())
         self.assertNotIn("Wrenlow", windows.values(RUN_KEY) or {})
-        self.assertEqual(windows.values(PROXY_KEY)["Enabled"], 0)
+        self.assertEqual(windows.values(PROXY_KEY), proxy)
         self.assertEqual(windows.values(SETTINGS_KEY)["checkupdate"], "0")
 
     def test_moves_where_it_is_told_to_removes_settings_and_never_touches_another_proxy(self):
@@ -140,16 +144,56 @@ class Setup(unittest.IsolatedAsyncioTestCase):
         self.assertFalse(self.home.exists())
         self.assertEqual(windows.values(PROXY_KEY)["Enabled"], 1)
 
+    async def reach_out(self):
+        hand = await Hand.reach_out(HAND)
+        self.addAsyncCleanup(hand.rest)
+        return hand
+
+    @staticmethod
+    async def turn_page(hand, title, button):
+        async def turned():
+            return await hand.ask(f"push {title}\t{button}") != "no such button"
+        await until(turned, f"{button} in {title!r}")
+
+    async def test_a_question_about_aim_is_answered_before_setup_has_one(self):
+        for name, value in (("Enabled", 1), ("Host", "127.0.0.1"), ("Port", Exe.PORT), ("Protocol", "SOCKS4")):
+            windows.write(PROXY_KEY, name, value)
+        windows.write(SETTINGS_KEY, "revertsettings", "1")
+        self.install(OLD)
+        self.start()
+        service = Service()
+        await service.start()
+        self.addAsyncCleanup(service.stop)
+        hand = await self.reach_out()
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        aim = AimClient(AIM, folder.name, service)
+        self.addAsyncCleanup(aim.close, hand)
+        await aim.start()
+        await aim.does("has started")
+
+        asking = windows.start(self.setup[NEW])
+        await self.turn_page(hand, "Wrenlow Setup ", "&Install")
+        question = await hand.next_box()
+        self.assertTrue(question.text.startswith("Wrenlow will now close AIM"), question)
+
+        async def waits():
+            return "Wrenlow asks something. Please answer it." in await hand.ask("read Wrenlow Setup ")
+        await until(waits, "setup to wait for the answer")
+        self.assertEqual(await hand.boxes(), [question])
+        await hand.press(CANCEL)
+        await self.turn_page(hand, "Wrenlow Setup ", "&Finish")
+        self.assertEqual(await asyncio.to_thread(asking.wait, windows.LONGEST), 0)
+        self.assertEqual(windows.values(UNINSTALL_KEY)["DisplayVersion"], NEW)
+        await asyncio.to_thread(self.wait_until_listening)
+
     async def test_a_program_that_does_not_close_is_given_up_in_silence_and_asked_about_otherwise(self):
         self.install(OLD)
         program = self.start()
-        hand = await Hand.reach_out(HAND)
-        self.addAsyncCleanup(hand.rest)
+        hand = await self.reach_out()
 
-        async def turn_page(title, button):
-            async def turned():
-                return await hand.ask(f"push {title}\t{button}") != "no such button"
-            await until(turned, f"{button} in {title!r}")
+        async def turn_page(*page):
+            await self.turn_page(hand, *page)
 
         async def is_asked(question):
             async def asked():  # a thread that has waited for the program does not tell its box's text at once
@@ -179,11 +223,13 @@ class Setup(unittest.IsolatedAsyncioTestCase):
         self.assertIsNone(windows.values(SETTINGS_KEY))
         self.assertEqual(windows.values(PROXY_KEY)["Enabled"], 0)
 
-    async def test_works_in_a_folder_with_blanks_and_letters_beyond_ascii(self):
-        self.home = windows.drive_c() / "Prögrams and möre" / "Wrenlów 2"
+    async def test_works_in_a_folder_with_blanks_and_letters_beyond_the_code_page(self):
+        self.home = windows.drive_c() / "Prögrams of Łukasz" / "Wrenlów 2"
         self.addCleanup(shutil.rmtree, self.home.parent, True)
+        logs = windows.drive_c() / "Lögs"  # a setting is a text, so this one has letters of the code page only
+        self.addCleanup(shutil.rmtree, logs, True)
         windows.write(SETTINGS_KEY, "logims", "1")
-        windows.write(SETTINGS_KEY, "logwhere", windows.windows_path(self.home) + "\\logs\\")
+        windows.write(SETTINGS_KEY, "logwhere", windows.windows_path(logs.parent) + "\\Lögs\\")
         # Where an earlier version was, the next one goes.
         windows.write(UNINSTALL_KEY, "InstallLocation", windows.windows_path(self.home))
         self.install(NEW)
@@ -202,8 +248,7 @@ class Setup(unittest.IsolatedAsyncioTestCase):
         await tom.sign_on()
         await tom.say("Ada Sample", "hello")
         self.assertEqual((await ada.hear())[0], "Tommy")  # the alias file beside the program was read
-        logs = [path.name.split()[0] for path in (self.home / "logs").iterdir()]
-        self.assertIn("Tommy", logs)
+        self.assertIn("Tommy", [path.name.split()[0] for path in logs.iterdir()])
         self.uninstall()
 
 

@@ -5,18 +5,26 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <functional>
 #include <string>
 
+#include "base/Trap.h"
 #include "os/RegistryStore.h"
 #include "os/posix/SettingsText.h"
 
 namespace {
 
 const std::string kTopKey = "software\\Wrenlow\\";
+
+std::string reports;
+void KeepReport(const std::string& description, std::int32_t, const std::string& where, std::int16_t) {
+    reports += where + " " + description + ";";
+}
 
 class SettingsFile : public testing::Test {
  protected:
@@ -62,65 +70,55 @@ class SettingsFile : public testing::Test {
 
 TEST_F(SettingsFile, ReadsWhatPeopleWrite) {
     PutFile(
+        "\xEF\xBB\xBFlogims=1\r\n"  // a byte order mark, as some editors put it
         "# my settings\r\n"
-        "logims=1\r\n"
         "  logwhere = C:\\AimLogs\\  \r\n"
         "\n"
         "greeting=\"caf\xC3\xA9 \\\"x\\\" \\x0D\\x0A\\xE9 \"\n"
-        "euro=\xE2\x82\xAC\n"
         "foreign=\xD0\x96 \xFF\n"
         "logims=0\n"
-        "[Software\\Other]\n"
-        "logims=other\n"
-        "Port : dword = 11080\n"
-        "[SOFTWARE\\wrenlow]\n"
+        "\\software\\other\\port : 4 = 48 2B 00 00\n"
         "late=yes");
     EXPECT_EQ(Read("LogIMs"), "1");
     EXPECT_EQ(Read("logwhere"), "C:\\AimLogs\\");
-    EXPECT_EQ(Read("greeting"), "caf\xE9 \"x\" \r\n\xE9 ");
-    EXPECT_EQ(Read("euro"), "\x80");
-    EXPECT_EQ(Read("foreign"), "? ?");
+    EXPECT_EQ(Read("greeting"), "caf\xC3\xA9 \"x\" \r\n\xE9 ");
+    EXPECT_EQ(Read("foreign"), "\xD0\x96 \xFF");
     EXPECT_EQ(Read("late"), "yes");
-    EXPECT_EQ(Read("logims", "software\\other"), "other");
-    EXPECT_EQ(Read("port", "software\\other"), std::string("\x48\x2B\0\0", 4));
+    EXPECT_EQ(Read("Port", "Software\\Other"), std::string("\x48\x2B\0\0", 4));
 }
 
 TEST_F(SettingsFile, WritesWhatPeopleCanRead) {
     Write("logwhere", "C:\\AimLogs\\");
     Write("blank", " ");
-    Write("accent", "caf\xE9");
+    Write("accent", "caf\xC3\xA9");
     Write("other", "x", "Software\\Other\\");
-    os::WriteRegistryValue(os::RegistryHive::CurrentUser, "Software\\Other", "Port", 4, {"\x48\x2B\0\0", 4});
     os::WriteRegistryValue(os::RegistryHive::CurrentUser, "Software\\Other", "Blob", 3, {"\0\xFF", 2});
     Write("logims", "1");
     EXPECT_EQ(FileText(),
               "logwhere=C:\\AimLogs\\\n"
               "blank=\" \"\n"
               "accent=caf\xC3\xA9\n"
-              "logims=1\n"
-              "\n"
-              "[Software\\Other\\]\n"
-              "other=x\n"
-              "Port:dword=11080\n"
-              "Blob:3=00 FF\n");
+              "\\software\\other\\other=x\n"
+              "\\software\\other\\Blob:3=00 FF\n"
+              "logims=1\n");
 }
 
 TEST_F(SettingsFile, ChangesOnlyTheLineOfTheValue) {
-    PutFile("# remark\nno setting\nlogims=0\n\n[other]\nlogims=2\n\xFF\xFE\n");
+    PutFile("# remark\nno setting\nlogims=0\n\n[other]\n\xFF\xFE\n");
     Write("logims", "1");
     Write("new", "x");
-    EXPECT_EQ(FileText(), "# remark\nno setting\nlogims=1\nnew=x\n\n[other]\nlogims=2\n\xFF\xFE\n");
+    EXPECT_EQ(FileText(), "# remark\nno setting\nlogims=1\n\n[other]\n\xFF\xFE\nnew=x\n");
     EXPECT_TRUE(Remove("logims"));
-    EXPECT_EQ(FileText(), "# remark\nno setting\nnew=x\n\n[other]\nlogims=2\n\xFF\xFE\n");
+    EXPECT_EQ(FileText(), "# remark\nno setting\n\n[other]\n\xFF\xFE\nnew=x\n");
 }
 
 TEST_F(SettingsFile, LinesOfNoGoodFormSetNothing) {
     const std::string lines[] = {
         "name",
         "=x",
-        "name:dword=4294967296",
-        "name:dword=-1",
-        "name:dword=",
+        "name:4294967296=00",
+        "name:-1=00",
+        "name:=x",
         "name:3=A",
         "name:3=XY",
         "name:nonsense=1",
@@ -145,14 +143,39 @@ TEST_F(SettingsFile, LinesOfNoGoodFormSetNothing) {
     }
 }
 
-TEST_F(SettingsFile, AFileThatIsNotOursIsNeitherReadNorWrittenOver) {
-    PutFile("logims=1\n" + std::string(1024 * 1024, '#') + "\n");
-    EXPECT_EQ(Read("logims"), "(nothing)");
-    EXPECT_FALSE(Write("logims", "0"));
-    unlink(path_.c_str());
-    ASSERT_EQ(mkfifo(path_.c_str(), 0600), 0);
-    EXPECT_EQ(Read("logims"), "(nothing)");  // and does not wait for somebody to write into the pipe
-    EXPECT_FALSE(Write("logims", "0"));
+// What is no settings file is neither read nor written over, and waits for nobody. What was read last counts.
+TEST_F(SettingsFile, AFileThatCannotBeReadIsToldOnceAndChangesNothing) {
+    const std::pair<const char*, std::function<void()>> cases[] = {
+        {"File too large", [this] { PutFile("logims=0\n" + std::string(1024 * 1024, '#') + "\n"); }},
+        {"Not a regular file", [this] { ASSERT_EQ(mkfifo(path_.c_str(), 0600), 0); }},
+        {"Is a directory", [this] { ASSERT_EQ(mkdir(path_.c_str(), 0700), 0); }},
+        {"Too many levels of symbolic links", [this] { ASSERT_EQ(symlink("settings", path_.c_str()), 0); }},
+    };
+    const auto earlier = SetErrorReporter(KeepReport);
+    for (const auto& [reason, spoil] : cases) {
+        reports.clear();
+        PutFile("logims=1\n");
+        EXPECT_EQ(Read("logims"), "1");
+        unlink(path_.c_str());
+        spoil();
+        EXPECT_EQ(Read("logims") + Read("logims"), "11");
+        EXPECT_FALSE(Write("logims", "0"));
+        EXPECT_EQ(reports,
+                  "modRegistry:QueryValue The settings file " + path_ + " cannot be read: " + reason + ";");
+        if (unlink(path_.c_str()) != 0) rmdir(path_.c_str());
+    }
+    reports.clear();
+    PutFile("logims=1\n");
+    EXPECT_EQ(Read("logims"), "1");
+    rlimit limit{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+    const rlimit none{0, limit.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    const auto withoutDescriptors = Read("logims");
+    setrlimit(RLIMIT_NOFILE, &limit);
+    EXPECT_EQ(withoutDescriptors, "1");
+    EXPECT_TRUE(reports.ends_with("Too many open files;")) << reports;
+    SetErrorReporter(earlier);
 }
 
 TEST_F(SettingsFile, KeepsALinkAndThePermissions) {

@@ -1,8 +1,9 @@
 // What tests/desk does not show of setting up, ending and cleaning up after the AIM client.
 #include "app/services/modRegistry.h"
 #include "app/services/modSystem.h"
+#include "app/windows/AimClient.h"
+#include "os/fake/FakeDesktop.h"
 #include "os/fake/FakeFiles.h"
-#include "os/fake/FakeProcesses.h"
 #include "tests/unit/FreshWorld.h"
 #include "tests/unit/Rig.h"
 
@@ -16,10 +17,10 @@ const std::string kProblem = "There was a problem closing AIM.";
 struct AimClient : FreshWorld {
     static std::string Proxy(const char* name) { return modRegistry::QueryValue(kHive, kProxyKey, name); }
     static void RunAim(bool mayBeEnded = true) {
-        os::fake::RunningProcesses() = {{7, "C:\\Windows\\explorer.exe"},
-                                        {8, "C:\\AIM95\\aim.exe", mayBeEnded}};
+        os::fake::processes.running = {{7, "C:\\Windows\\explorer.exe"},
+                                       {8, "C:\\AIM95\\aim.exe", mayBeEnded}};
     }
-    static bool AimRuns() { return os::fake::RunningProcesses().size() == 2; }
+    static bool AimRuns() { return os::fake::processes.running.size() == 2; }
 
     Rig rig;
 };
@@ -47,17 +48,80 @@ TEST_F(AimClient, AClientThatCannotBeEndedIsSaidUnlessSilent) {
         EXPECT_EQ(TakeBoxes(), told);
         EXPECT_EQ(AimRuns(), !mayBeEnded);
     }
-    EXPECT_TRUE(os::fake::StartedPrograms().empty());
+    EXPECT_TRUE(os::fake::processes.started.empty());
+}
+
+TEST_F(AimClient, WhatTheClientHadBeforeIsKeptAndGivenBackByteForByte) {
+    using Value = std::optional<os::RegistryValue>;
+    const auto read = [](const char* name) -> Value {
+        return os::ReadRegistryValue(kHive, kProxyKey, name, 99);
+    };
+    const auto number = [](const ByteString& bytes) -> Value { return {{os::RegistryType::DWord, bytes}}; };
+    const auto text = [](const char* letters) -> Value { return {{os::RegistryType::String, letters}}; };
+    const auto off = number("00 00 00 00"_hex), on = number("01 00 00 00"_hex);
+    const auto our = number("48 2B 00 00"_hex), other = number("38 04 00 00"_hex);
+    const struct {
+        const char* name;
+        Value enabled, host, port;  // before
+        Value enabledAfter, hostAfter, portAfter;
+    } cases[] = {
+        {"nothing: switched off", {}, {}, {}, off, text("127.0.0.1"), our},
+        {"a proxy in use", on, text("proxy"), other, on, text("proxy"), other},
+        {"the same, set up over it again", on, text("proxy"), other, on, text("proxy"), other},
+        {"a part only", off, {}, {}, off, {}, {}},
+        {"ours, switched off: what was kept stays", off, text("127.0.0.1"), our, off, {}, {}},
+        {"nothing again: forgotten", {}, {}, {}, off, text("127.0.0.1"), our},
+    };
+    const auto put = [](const char* name, const Value& value) {
+        os::RemoveRegistryValue(kHive, kProxyKey, name);
+        if (value) os::WriteRegistryValue(kHive, kProxyKey, name, value->type, value->data);
+    };
+    const auto same = [](const Value& one, const Value& two) {
+        return one.has_value() == two.has_value() &&
+               (!one || (one->type == two->type && one->data == two->data));
+    };
+    for (const auto& row : cases) {
+        put("Enabled", row.enabled);
+        put("Host", row.host);
+        put("Port", row.port);
+        put("Protocol", {});
+        modSystem::SetupAim(true);
+        EXPECT_EQ(Proxy("Host") + Proxy("Port") + Proxy("Enabled"), "127.0.0.1110801") << row.name;
+        for (int time = 0; time < 2; ++time) {
+            modSystem::RevertSettings(true, true);
+            EXPECT_TRUE(same(read("Enabled"), row.enabledAfter)) << row.name;
+            EXPECT_TRUE(same(read("Host"), row.hostAfter)) << row.name;
+            EXPECT_TRUE(same(read("Port"), row.portAfter)) << row.name;
+        }
+    }
+}
+
+TEST_F(AimClient, ABagThatAnotherProgramHoldsIsTriedOncePerNameAndClosing) {
+    modRegistry::SetValue(kHive, "Volatile Environment", "APPDATA", "C:\\Roaming", os::RegistryType::String);
+    os::fake::files.windowsFolder = "C:\\Windows";
+    const std::string bag = "C:\\Roaming\\Aim\\sue\\userinfo.bag";
+    os::fake::PutFile(bag, "cache");
+    for (const char* name : {"Sue", "s ue", "SUE"}) End(rig.SignOn(name).server);
+    rig.SignOn("Sue");
+    os::fake::PutFile(bag, "cache");
+    os::fake::FailWrites(bag, 32);
+    Rig::Reports().clear();
+    modSystem::CloseAllConnections();
+    ASSERT_EQ(Rig::Reports().size(), 1u);
+    EXPECT_EQ(Rig::Reports().front().where, "modSystem:DeleteUserinfoBag");
+    os::fake::FailWrites(bag, 0);
+    modSystem::CloseAllConnections();
+    EXPECT_FALSE(os::fake::FileText(bag));
 }
 
 TEST_F(AimClient, FindsTheFirstOfItsThreeFolders) {
-    os::fake::SetWindowsFolder("C:\\Windows");
-    EXPECT_EQ(modSystem::GetSNPath("Some User"), "");
+    os::fake::files.windowsFolder = "C:\\Windows";
+    EXPECT_TRUE(modSystem::GetSNPath("Some User").IsEmpty());
     modRegistry::SetValue(kHive, "Volatile Environment", "APPDATA", "C:\\Roaming", os::RegistryType::String);
     for (const std::string folder : {"C:\\Windows\\Application Data\\Aim\\someuser",
                                      "C:\\Windows\\aim95\\someuser", "C:\\Roaming\\Aim\\someuser"}) {
         os::fake::PutFile(folder + "\\userinfo.bag", "cache");
-        EXPECT_EQ(modSystem::GetSNPath("Some User"), folder);
+        EXPECT_EQ(modSystem::GetSNPath("Some User"), os::Path::FromText(folder));
     }
     modSystem::DeleteUserinfoBag("SOME USER");
     EXPECT_FALSE(os::fake::FileText("C:\\Roaming\\Aim\\someuser\\userinfo.bag"));
@@ -68,6 +132,10 @@ TEST_F(AimClient, ANameFromTheWireCannotLeaveItsFolder) {
     for (const char* file : {"\\userinfo.bag", "\\Aim\\userinfo.bag"}) os::fake::PutFile(file, "above");
     for (const char* noName : {"", "  "}) modSystem::DeleteUserinfoBag(noName);
     EXPECT_TRUE(os::fake::FileText("\\userinfo.bag"));
+    os::fake::files.windowsFolder = "";
+    modSystem::DeleteUserinfoBag("someuser");
+    EXPECT_TRUE(os::fake::FileText("\\userinfo.bag")) << "without a Windows there is no AIM client";
+    os::fake::files.windowsFolder = "C:\\Windows";
     modSystem::DeleteUserinfoBag("..");
     EXPECT_TRUE(os::fake::FileText("\\Aim\\userinfo.bag"));
 }

@@ -1,6 +1,6 @@
-#include "features/CommandChannel.h"
+#include "app/relay/CommandChannel.h"
 
-#include "features/clsSessionFeatures.h"
+#include "features/waiting/WaitingMessages.h"
 #include "tests/unit/Rig.h"
 
 namespace {
@@ -8,9 +8,6 @@ namespace {
 using Lines = std::vector<std::string>;
 
 struct CommandChannelTest : testing::Test {
-    CommandChannelTest() { SetSessionHooks(&features_); }
-
-    clsSessionFeatures features_;
     Rig rig_;
     CommandChannel channel_;
 };
@@ -38,4 +35,22 @@ TEST_F(CommandChannelTest, EndsOnlyOnQuit) {
     EXPECT_FALSE(channel_.QuitWanted());
     channel_.Execute("quit");
     EXPECT_TRUE(channel_.QuitWanted());
+}
+
+TEST_F(CommandChannelTest, MessagesThatWaitAreListedAndDropped) {
+    TheWaitingMessages().Forget();
+    EXPECT_EQ(channel_.Execute("waiting"), (Lines{"No message waits."}));
+    const auto number =
+        TheWaitingMessages().Keep({.since = 1'000'000'000,
+                                   .tried = 2,
+                                   .from = "me",
+                                   .to = "tom1",
+                                   .shownTo = "Tom",
+                                   .data = OutgoingData("tom1", Tlv(2, MessageData("<B>hi</B>")))});
+    EXPECT_EQ(channel_.Execute("waiting"), (Lines{"1: me to Tom, 2001-09-09 01:46:40, tried 2: hi"}));
+    for (const char* line : {"waiting drop", "waiting drop 2", "waiting drop x", "waiting for"})
+        EXPECT_EQ(channel_.Execute(line).size(), 1u) << line;
+    EXPECT_NE(TheWaitingMessages().Find(*number), nullptr);
+    EXPECT_EQ(channel_.Execute("waiting drop 1"), (Lines{"Deleted."}));
+    EXPECT_TRUE(TheWaitingMessages().All().empty());
 }

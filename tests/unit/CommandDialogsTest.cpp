@@ -1,9 +1,9 @@
 // The dialogs that send commands, used as a person would use them.
-#include "features/frmAway.h"
-#include "features/frmIdle.h"
-#include "features/frmProfile.h"
-#include "features/frmUnAway.h"
-#include "features/frmUnIdle.h"
+#include "features/TextLimits.h"
+#include "features/dialogs/RemoveForm.h"
+#include "features/dialogs/frmAway.h"
+#include "features/dialogs/frmIdle.h"
+#include "features/dialogs/frmProfile.h"
 #include "tests/unit/FormRig.h"
 
 namespace {
@@ -123,8 +123,8 @@ TEST_F(CommandDialogs, AwayGoesToAllOrToTheChosenNameWithItsTextUnchanged) {
 }
 
 TEST_F(CommandDialogs, AwayOffersTheMessagesThatTheClientKeeps) {
-    StoreAwayMessages("myname", {"<title>Lunch</title>Eating <b>now</b>", "<title></title>", "no title", "",
-                                 "<title>Never</title>read"});
+    StoreAwayMessages("myname", {"<title>Lunch</title>Eating <b>now</b>", "<title></title>",
+                                 std::string(1'024, 'x'), "no title", "", "<title>Never</title>read"});
     auto away = Open(kAway);
     EXPECT_EQ(away.Window().EntryCount("cmbAway"), 0) << "no name is chosen yet";
     away.Choose("cmbScreenname", 1);
@@ -158,13 +158,12 @@ TEST_F(CommandDialogs, AHotkeyActsAtOnceAndShowsNothing) {
 }
 
 TEST_F(CommandDialogs, IdleRefusesInItsOrderAndStaysOpen) {
-    const std::string notANumber = "Enter a valid number.";
-    const std::string outOfRange = "Enter a number between 0 and 65535 inclusive.";
-    const std::string notWhole = "Enter a whole number.";
     const std::pair<std::string, Texts> refusals[] = {
-        {notANumber, {"", "abc", "5x", ".", "1 2", "--1", "1,000,000", "1e3"}},
-        {outOfRange, {"-1", "65536", "-0.5", "65535.5", "99999999999999999999"}},
-        {notWhole, {"2.5", "2,5"}},
+        {"Enter a valid number.", {"", "abc", "5x", ".", "1 2", "--1", "+7", "1,000,000", "1e3"}},
+        {"Enter a number between 0 and 65535 inclusive.",
+         {"-1", "65536", "-0.5", "65535.5", "99999999999999999999"}},
+        {"Enter a whole number.", {"2.5", "2,5", "1,000", "2.0"}},
+        {"AIM can tell an idle time of 1092 minutes at most. Enter a number up to 1092.", {"1093", "65535"}},
     };
     auto idle = Open(kIdle);
     EXPECT_TRUE(idle.HasFocus("txtIdle"));
@@ -177,11 +176,11 @@ TEST_F(CommandDialogs, IdleRefusesInItsOrderAndStaysOpen) {
         }
     }
     ExpectSent("", "");
+    EXPECT_TRUE(Rig::Reports().empty());
 }
 
-TEST_F(CommandDialogs, IdleTakesWhatAPersonCallsAWholeNumber) {
-    const std::pair<const char*, std::int32_t> cases[] = {{"0", 0},   {" 5 ", 5},     {"+7", 7}, {"010", 10},
-                                                          {"2.0", 2}, {"1092", 1092}, {"-0", 0}};
+TEST_F(CommandDialogs, IdleTakesDigits) {
+    const std::pair<const char*, std::int32_t> cases[] = {{"0", 0}, {" 5 ", 5}, {"010", 10}, {"1092", 1092}};
     std::int32_t sequence = 2;
     for (const auto& [text, minutes] : cases) {
         auto idle = Open(kIdle);
@@ -236,27 +235,83 @@ TEST_F(CommandDialogs, AProfileThatCannotBeKeptForOneIsStillKeptForTheOthers) {
     EXPECT_EQ(Rig::Reports()[0].number, 5);
 }
 
-TEST_F(CommandDialogs, NoTextIsCutSilently) {
-    std::string longest;
-    while (longest.size() < 65'000) longest += "a line of a long away message, written with patience\r\n";
-    longest.resize(65'000, '!');
+TEST_F(CommandDialogs, NoTextIsCutSilentlyAndNoneGoesBeyondWhatTheServerTakes) {
+    // What the servers say at sign-on: 9,000 bytes the one, 1,024 the other.
+    const auto head = "00 02 00 03 00 00 00 00 00 01"_hex;
+    first.server.Feed(Frame(2, 2, head + "00 01 00 02 23 28 00 02 00 02 00 10"_hex));
+    second.server.Feed(Frame(2, 2, head + "00 02 00 02 00 10 00 01 00 02 04 00"_hex));
+    const std::pair<int, std::size_t> choices[] = {{1, 9'000}, {0, 1'024}, {2, 1'024}};
+    std::string text;
+    while (text.size() < 10'000) text += "a line of a long away message, written with patience\r\n";
     auto away = Open(kAway);
-    away.Type("txtAway", longest);
-    EXPECT_EQ(TakeBoxes(), Texts());
-    away.Type("txtAway", longest + "more");
-    EXPECT_EQ(TakeBoxes().size(), 1u);
-    away.Type("txtAway", longest);
+    for (const auto& [choice, limit] : choices) {
+        const auto longest = text.substr(0, limit - 1) + "!";
+        away.Choose("cmbScreenname", choice);
+        away.Type("txtAway", longest);
+        EXPECT_EQ(TakeBoxes(), Texts());
+        away.Type("txtAway", longest + "more");
+        const Texts said{"The text can be at most " + std::string(limit > 2'000 ? "9,000" : "1,024") +
+                         " characters long. What goes beyond was left out."};
+        EXPECT_EQ(TakeBoxes(), said);
+    }
+    away.Choose("cmbScreenname", 1);
+    away.Type("txtAway", text.substr(0, 1'025));
+    away.Choose("cmbScreenname", 2);
     away.Press("cmdSave");
-    ExpectSent(Away(2, longest), Away(2, longest));
+    EXPECT_EQ(TakeBoxes(), Texts{"The text can be at most 1,024 characters long. Please shorten it."});
+    EXPECT_TRUE(IsShown(kAway));
+    away.Type("txtAway", text.substr(0, 1'024));
+    away.Press("cmdSave");
+    ExpectSent("", Away(2, text.substr(0, 1'024)));
+}
 
-    // A kept profile can be longer: it is shown as it is, but not sent.
-    os::fake::PutFile(kMine, longest + "\r\n" + std::string(100, 'x'));
+TEST_F(CommandDialogs, AStoredTextThatIsTooLongIsNotOpenedAndNotWiped) {
+    const std::string kept(TextLimits::kUnsaid + 1, 'x');
+    os::fake::PutFile(kMine, kept);
     auto profile = Open(kProfile);
     profile.Choose("cmbScreenName", 1);
+    EXPECT_EQ(TakeBoxes(),
+              Texts{"The profile in AIM is longer than the 8,000 characters that the server takes. "
+                    "It is not opened here and stays as it is."});
+    EXPECT_EQ(profile.Window().Text("txtProfile"), "");
+    os::fake::boxes.answers = {os::BoxResult::No};
     profile.Press("cmdSave");
     EXPECT_EQ(TakeBoxes().size(), 1u);
-    EXPECT_TRUE(IsShown(kProfile));
+    EXPECT_EQ(os::fake::FileText(kMine), kept);
     ExpectSent("", "");
+}
+
+TEST_F(CommandDialogs, AnEmptyProfileForEverybodyIsAskedAboutFirst) {
+    os::fake::PutFile(kMine, "mine");
+    auto profile = Open(kProfile);
+    os::fake::boxes.answers = {os::BoxResult::No};
+    profile.Press("cmdSave");
+    EXPECT_EQ(TakeBoxes(),
+              Texts{"The profile of everybody who is signed on will be empty. Is that what you want?"});
+    EXPECT_TRUE(IsShown(kProfile));
+    EXPECT_EQ(os::fake::FileText(kMine), "mine");
+    ExpectSent("", "");
+    profile.Press("cmdSave");  // and yes
+    ExpectSent(Profile(2, ""), Profile(2, ""));
+}
+
+TEST_F(CommandDialogs, ANameMayBeginWithAParenthesis) {
+    auto third = rig.SignOn("(me) (x)");
+    for (const auto& [caption, text] : {std::pair{kAway, "txtAway"}, {kProfile, "txtProfile"}}) {
+        auto dialog = Open(caption);
+        dialog.Type(text, "t");
+        dialog.Press("cmdSave");
+    }
+    EXPECT_EQ(third.server.TakeReceived(), Away(2, "t") + Profile(3, "t"));
+    EXPECT_EQ(first.server.TakeReceived(), Away(2, "t") + Profile(3, "t"));
+}
+
+TEST_F(CommandDialogs, WithOneNameTheTextHasTheFocus) {
+    EXPECT_TRUE(Open(kAway).HasFocus("cmbScreenname"));
+    User(kAway).Press("cmdCancel");
+    modSocket::Connection(1)->CloseConnection();
+    EXPECT_TRUE(Open(kAway).HasFocus("txtAway"));
+    EXPECT_TRUE(Open(kProfile).HasFocus("txtProfile"));
 }
 
 TEST_F(CommandDialogs, AnOriginalNameCannotLeaveItsKeyInTheRegistry) {

@@ -82,6 +82,17 @@ TEST(FlapStream, BehindAFrameSilenceMakesFourBytesAnEmptyFrame) {
     EXPECT_EQ(reader.frames, (Frames{kBefore, kEmptyFrame, Frame(2, 11, "y")}));
 }
 
+TEST(FlapStream, OnlyWhatLooksLikeTheNextFrameBecomesOneBySilence) {
+    for (const auto& held :
+         {"2A 04 00 0B"_hex, "2A 04 00 09"_hex, "2A 00 00 0A"_hex, "2A 06 00 0A"_hex, "2B 04 00 0A"_hex}) {
+        Reader reader;
+        reader.Feed(kBefore + held);
+        EXPECT_FALSE(reader.stream.AwaitsSilence()) << HexDump(held);
+        reader.stream.PeerClosed();
+        EXPECT_EQ(reader.frames, (Frames{kBefore, held + "00 00"_hex}));
+    }
+}
+
 TEST(FlapStream, AloneFourBytesAreAHeaderUnlessThePeerCloses) {
     for (const std::size_t length : {1u, 3u, 4u, 5u, 7u}) {
         Reader reader;

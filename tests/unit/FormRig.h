@@ -1,7 +1,7 @@
 // FormRig: what a test of the dialogs needs around it: sessions, settings, files and boxes in memory.
 #pragma once
 
-#include "features/clsSessionFeatures.h"
+#include "features/TextLimits.h"
 #include "features/modAwayIdleProf.h"
 #include "os/RegistryStore.h"
 #include "os/fake/FakeDialog.h"
@@ -14,7 +14,7 @@ class FormRig : public FreshWorld {
  protected:
     using User = os::fake::DialogUser;
 
-    FormRig() { SetSessionHooks(&features_); }
+    FormRig() { TextLimits::Reset(); }
     ~FormRig() override { UnloadForms(); }
 
     static bool IsShown(const std::string& caption) { return os::fake::ShownDialogCount(caption) > 0; }
@@ -32,15 +32,13 @@ class FormRig : public FreshWorld {
 
     // Whether the one box since the last call is the one that also explains how to connect.
     static bool ToldNotSignedOn() {
-        const auto boxes = TakeBoxes();
-        return boxes.size() == 1 &&
-               boxes[0].starts_with(
-                   "You must be signed on to at least one screenname to use this feature.\r\n\r\n") &&
-               boxes[0].ends_with("\r\nProxy Host: 127.0.0.1\r\nProxy Port: 11080");
+        return TakeBoxes() ==
+               Texts{
+                   "You must be signed on to at least one screenname to use this feature.\r\n\r\n"
+                   "If you ARE signed on to AIM, the connection settings to AIM are not set up correctly. "
+                   "Make sure they are as follows:\r\n\r\n"
+                   "Protocol: SOCKS4\r\nProxy Host: 127.0.0.1\r\nProxy Port: 11080"};
     }
 
     Rig rig;
-
- private:
-    clsSessionFeatures features_;
 };

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "app/services/SharedForm.h"
+#include "app/windows/SharedForm.h"
 #include "os/fake/FakeMessageBox.h"
 #include "os/fake/FakeWorld.h"
 
@@ -19,8 +19,8 @@ struct FreshWorld : testing::Test {
     // The boxes since the last call, each as its text.
     static Texts TakeBoxes() {
         Texts texts;
-        for (const auto& box : os::fake::ShownBoxes()) texts.push_back(box.text);
-        os::fake::ResetMessageBoxes();
+        for (const auto& box : os::fake::boxes.shown) texts.push_back(box.text);
+        os::fake::boxes = {};
         return texts;
     }
 };

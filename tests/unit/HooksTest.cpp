@@ -2,7 +2,7 @@
 // theirs costs a frame.
 #include "app/services/modRegistry.h"
 #include "base/RuntimeError.h"
-#include "features/clsSessionFeatures.h"
+#include "features/SignedOnNames.h"
 #include "features/modAwayIdleProf.h"
 #include "os/fake/FakeFiles.h"
 #include "tests/unit/Rig.h"
@@ -13,9 +13,8 @@ constexpr char kAliases[] = "/program\\repl.dat";
 
 struct HooksTest : testing::Test {
     HooksTest() {
-        SetSessionHooks(&features_);
         os::fake::PutFile(kAliases, "asdf\r\nFred\r\n");
-        os::fake::SetLocalTime({2004, 5, 6, 13, 5, 9});
+        os::fake::timeOfDay.local = {2004, 5, 6, 13, 5, 9};
         Set("logwhere", "/logs");
         Set("logims", "1");
         Set("loghowhtm", "False");
@@ -40,17 +39,18 @@ struct HooksTest : testing::Test {
         return file;
     }
 
-    clsSessionFeatures features_;
     Rig rig;
 };
 
 }  // namespace
 
 TEST_F(HooksTest, SignOnClearsTheCacheAndLeavesTheNameToTheServersWord) {
-    const auto cache = PutCache("someuser");
+    // The client has its files under the name that it knows.
+    const auto cache = PutCache("fred"), other = PutCache("asdf");
     auto [client, server] = rig.ConnectTalking();
-    client.Feed(Frame(2, 2, SignOnRequest("Some User")));
+    client.Feed(Frame(2, 2, SignOnRequest("F red")));
     EXPECT_FALSE(os::fake::FileText(cache));
+    EXPECT_TRUE(os::fake::FileText(other));
     EXPECT_EQ(modSocket::Connection(0)->hasScreenName(), "");
 }
 
@@ -66,28 +66,56 @@ TEST_F(HooksTest, NamesAreKeptBeforeAndAfterAliasesUntilTheEndClearsTheCache) {
     EXPECT_FALSE(os::fake::FileText(cache));
 }
 
-TEST_F(HooksTest, AnAliasListThatCannotBeReadCostsOneReportAndNoConnection) {
+TEST_F(HooksTest, WhileTheAliasFileCannotBeReadTheListThatWasReadLastStands) {
+    rig.ConnectPair();
     os::fake::FailReads(kAliases, true);
     auto [client, server] = rig.SignOn("My Name");
-    EXPECT_EQ(Rig::Reports().size(), 1u);
+    ASSERT_EQ(Rig::Reports().size(), 1u);
+    EXPECT_NE(Rig::Reports()[0].description.find("stay in force"), std::string::npos);
     server.Feed(Frame(2, 102, Incoming("asdf", "")));
-    EXPECT_EQ(client.TakeReceived(), Frame(2, 102, Incoming("asdf", "")));
+    EXPECT_EQ(client.TakeReceived(), Frame(2, 102, Incoming("Fred", "")));
 }
 
-TEST_F(HooksTest, AFeatureThatThrowsOrMakesAFrameTooLongLeavesItAsItWas) {
-    struct Faulty final : clsSessionFeatures {
-        bool ReplaceScreenNames(const ReplacementList&, Direction, std::string_view, ByteString&) override {
-            throw RuntimeError(5, "on purpose");
-        }
-        void SeeProfileHtml(clsHeaderFLAP& flap) override { flap.Create(2, ByteString(65536, 'x')); }
-    } faulty;
-    SetSessionHooks(&faulty);
+TEST_F(HooksTest, WhereNoAliasListCouldBeReadTheConnectionIsRefused) {
+    os::fake::FailReads(kAliases, true);
+    auto& client = rig.Connect();
+    net::ProcessPendingEvents();
+    EXPECT_FALSE(client.IsConnected());
+    EXPECT_EQ(os::fake::OutgoingCount(), 0u);
+    ASSERT_EQ(Rig::Reports().size(), 1u);
+    EXPECT_NE(Rig::Reports()[0].description.find("refused"), std::string::npos);
+    os::fake::FailReads(kAliases, false);
+    rig.SignOn("My Name");
+}
+
+TEST_F(HooksTest, AProfileWithItsSourceLeavesOnTheChannelOfSnacs) {
+    auto [client, server] = rig.SignOn("me");
+    const auto reply = Snac(2, 6, Named("Bob") + "00 00 00 00"_hex + Tlv(2, "<b>"));
+    const auto passedOn = [&](std::int32_t channel) {
+        server.Feed(Frame(channel, 102, reply));
+        return client.TakeReceived();
+    };
+    EXPECT_EQ(passedOn(3), Frame(3, 102, reply));
     Set("seehtml", "1");
-    auto [client, server] = rig.ConnectTalking();
-    Rig::Reports().clear();
-    server.Feed(Frame(2, 101, Snac(2, 6, Named("asdf"))));
-    EXPECT_EQ(client.TakeReceived(), Frame(2, 101, Snac(2, 6, Named("asdf"))));
-    EXPECT_EQ(Rig::Reports().size(), 2u);
+    const auto first = passedOn(2), second = passedOn(3);
+    EXPECT_NE(first.find("&lt;b>"), ByteString::npos);
+    EXPECT_EQ(second.substr(0, 4), "2A 02 00 68"_hex);
+    EXPECT_EQ(second.substr(4), first.substr(4));
+}
+
+TEST_F(HooksTest, ACommandReachesEverySessionOfTheNameOnce) {
+    auto impostor = rig.ConnectTalking();  // its server says somebody else's name, in an earlier slot
+    impostor.server.Feed(Frame(2, 101, SelfInformation("Some User")));
+    auto [client, server] = rig.SignOn("someuser");
+    auto other = rig.SignOn("other");
+    SendForEach({"Some User", "someuser"}, [](const auto& name) { modSocket::SetAwayMessage(name, "gone"); });
+    EXPECT_EQ(server.Received(), Frame(2, 2, Away("gone")));
+    EXPECT_EQ(impostor.server.Received(), Frame(2, 2, Away("gone")));
+    EXPECT_EQ(other.server.Received(), "");
+    // One that has ended, or fails, keeps it from no other.
+    End(impostor.client);
+    modSocket::SetAwayMessage("someuser", "back");
+    EXPECT_EQ(server.Received(), Frame(2, 2, Away("gone")) + Frame(2, 3, Away("back")));
 }
 
 TEST_F(HooksTest, AFrameTooShortForASnacRunsNoHook) {
@@ -135,4 +163,35 @@ TEST_F(HooksTest, ACommandThatCannotBeSentIsReportedAndTakesNoNumber) {
     End(server);
     expectReport("closed");
     EXPECT_TRUE(modSocket::Connection(0)->IsClosed());
+}
+
+TEST_F(HooksTest, WhatIsSaidInAChatRoomIsLoggedUnderTheRoomsName) {
+    rig.SignOn("Some User");
+    auto [client, server] = rig.ConnectTalking();
+    const auto room = [](const ByteString& tlvs) {
+        return Snac(0x0E, 2, "00 04"_hex + Named("!aol://2719:10-4-Old") + "00 00 02 00 01"_hex + tlvs);
+    };
+    const auto says = [](int subtype, const ByteString& before, const ByteString& said) {
+        return Snac(0x0E, subtype, "11 22 33 44 55 66 77 88 00 03"_hex + before + Tlv(1, "") + Tlv(5, said));
+    };
+    const auto from = [](const std::string& name) {
+        return Tlv(3, Named(name) + "00 00 00 01"_hex + Tlv(1, "00 10"_hex));
+    };
+    std::int32_t number = 101;
+    const auto hears = [&](const ByteString& payload) { server.Feed(Frame(2, number++, payload)); };
+    hears(room(Tlv(0xD3, "Old Poets")));
+    hears(says(6, from("asdf"), Tlv(1, "not wanted")));
+    Set("logchat", "1");
+    hears(says(6, from("asdf"), Tlv(1, "<b>hi</b>")));
+    hears(says(6, from("someuser"), Tlv(2, "unicode-2-0") + Tlv(1, "00 E9"_hex)));
+    client.Feed(Frame(2, 2, says(5, "", Tlv(2, "utf-8") + Tlv(1, "\xC3\xA9"))));
+    client.Feed(Frame(2, 3, says(5, Tlv(6, ""), Tlv(1, "comes back"))));
+    EXPECT_EQ(Log("Old Poets"),
+              "Fred (13:05:09): hi\r\nsomeuser (13:05:09): \xE9\r\nSome User (13:05:09): \xE9\r\n");
+    hears(room(Tlv(1, "")));
+    hears(says(6, from("bob"), Tlv(1, "no name")));
+    EXPECT_EQ(Log("Old"), "bob (13:05:09): no name\r\n");
+    hears(says(6, Tlv(3, "\x7F"), Tlv(1, "damaged")));
+    hears(room("").substr(0, 14));
+    EXPECT_NE(client.Received().find("damaged"), std::string::npos) << "costs no frame";
 }

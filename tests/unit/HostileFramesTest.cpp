@@ -2,7 +2,6 @@
 // conversation beside it loses nothing. All features are on; the fuzz target of the pair goes further in the
 // same direction.
 #include "app/services/modRegistry.h"
-#include "features/clsSessionFeatures.h"
 #include "os/fake/FakeFiles.h"
 #include "tests/unit/Rig.h"
 
@@ -11,10 +10,10 @@ namespace {
 class HostileFrames : public testing::Test {
  protected:
     HostileFrames() {
-        SetSessionHooks(&features_);
         os::fake::PutFile("/program\\repl.dat", "somebody else\r\nFred\r\n");
         modRegistry::WriteSetting("logwhere", "/logs");
-        for (const char* name : {"logims", "logfolder", "seehtml"}) modRegistry::WriteSetting(name, "1");
+        for (const char* name : {"logims", "logfolder", "seehtml", "keepmessages", "fetchmessages"})
+            modRegistry::WriteSetting(name, "1");
         bystander_.emplace(rig_.SignOn("bystander"));
     }
 
@@ -30,7 +29,6 @@ class HostileFrames : public testing::Test {
     }
 
     std::size_t openPairs = 1;  // the bystander's
-    clsSessionFeatures features_;
     Rig rig_;
 
  private:
@@ -67,6 +65,10 @@ TEST_F(HostileFrames, NoDamagedLengthLosesOrChangesAFrame) {
         {"self-information", 1, 0xF, Named("My Name") + userInfo},
         {"outgoing message", 4, 6, OutgoingData("Tom", Tlv(2, MessageData("hi")) + Tlv(3, ""))},
         {"incoming message", 4, 7, IncomingData("Tom", Tlv(2, MessageData("hi")))},
+        {"limits", 1, 7,
+         "00 01 00 01"_hex + ByteString(28, 'x') + "00 00 00 00 00"_hex + "00 01 00 01 00 04 00 06"_hex},
+        {"buddies", 3, 0xB, Named("Tom") + userInfo},
+        {"refusal", 4, 1, "00 04"_hex},
         {"user information", 2, 6, Named("Tom") + userInfo + Tlv(1, "text") + Tlv(2, "x"), true},
     };
     auto [client, server] = rig_.ConnectTalking();

@@ -7,7 +7,7 @@
 #include "features/ReplacementList.h"
 
 inline bool ReplaceOneLiterally(ByteString& data, const std::string& name, const std::string& replacement) {
-    constexpr std::size_t kLargestPayload = 65535;
+    constexpr std::size_t kMaxPayload = 65535;
     for (std::size_t p = 1; p <= data.size(); ++p) {  // 1-based
         if (LowerAscii(data[p - 1]) != LowerAscii(name[0]) || p == 1) continue;
         const auto length = static_cast<std::size_t>(GetByte(data, p - 1));
@@ -16,7 +16,7 @@ inline bool ReplaceOneLiterally(ByteString& data, const std::string& name, const
         if (NormalizeScreenName(found) != NormalizeScreenName(name)) continue;
         data.replace(p - 1, found.size(), replacement);
         data[p - 2] = static_cast<char>(replacement.size());
-        if (data.size() > kLargestPayload) return false;
+        if (data.size() > kMaxPayload) return false;
     }
     return true;
 }

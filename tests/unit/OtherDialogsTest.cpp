@@ -43,8 +43,10 @@ TEST_F(Replacer, EditsTheListOfTheFileByButtonsAndByEnter) {
     EXPECT_EQ(user.Window().Text("txtScreenname") + user.Window().Text("txtReplace"), "");
     EXPECT_TRUE(user.HasFocus("txtScreenname"));
     EXPECT_EQ(Rows(user), (Texts{"asdf 1234=Fred", "Qwerty 9=Wilma", "New Name=Pebbles "}));
-    user.SelectRows("lvNames", {0, 2});
+    user.Choose("lvNames", 0);
     user.Press("cmdRemove");
+    user.Choose("lvNames", 1);
+    user.PressDelete("lvNames");
     user.Type("txtScreenname", "zx");
     user.PressEnter("txtScreenname");
     EXPECT_TRUE(user.HasFocus("txtReplace"));
@@ -56,31 +58,89 @@ TEST_F(Replacer, EditsTheListOfTheFileByButtonsAndByEnter) {
     EXPECT_FALSE(IsShown(kReplacer));
 }
 
-TEST_F(Replacer, RefusesANameThatIsInTheListOnEitherSideAndAnEmptyHalf) {
+TEST_F(Replacer, RefusesInWordsWhatWouldBetrayItsUser) {
+    const std::string taken = "The screenname \"asdf 1234\" is already being replaced by \"Fred\".";
+    const std::string both = " already: messages to it could not reach both.";
+    const struct {
+        std::string name, alias;
+        const char* focus;
+        std::string why;
+    } cases[] = {
+        {"AsDf1234", "Barney", "txtScreenname", taken},
+        {"f r e d", "Barney", "txtScreenname", taken},
+        {"new", "FRED", "txtReplace", "\"FRED\" stands for \"asdf 1234\"" + both},
+        {"new", "qwerty9", "txtReplace", "\"qwerty9\" stands for \"Qwerty 9\"" + both},
+        {"myname", "Me", "txtScreenname",
+         "\"myname\" is signed on through Wrenlow: with an alias it could not sign on again."},
+        {"new", "MYNAME", "txtReplace",
+         "\"MYNAME\" is signed on through Wrenlow: messages to it would go to \"new\"."},
+        {"  ", "Barney", "txtScreenname", "Type in the screenname that is to be replaced."},
+        {"zx", " ", "txtReplace", "Type in the name that it is to be replaced with."},
+        {std::string(256, 'x'), "Barney", "txtScreenname",
+         "A screenname can be at most 255 characters long."},
+        {"zx", std::string(256, 'x'), "txtReplace", "A screenname can be at most 255 characters long."},
+    };
     auto user = Open();
-    const Texts refusal{"The screenname \"asdf 1234\" is already being replaced by \"Fred\"."};
-    for (const char* name : {"AsDf1234", "asdf1234", "FRED", "f r e d"}) {
-        Add(user, name, "Barney");
-        for (const auto& box : os::fake::ShownBoxes()) EXPECT_EQ(box.icon, os::BoxIcon::Error);
-        EXPECT_EQ(TakeBoxes(), refusal) << name;
-        EXPECT_EQ(user.Window().Text("txtReplace"), "Barney") << "what was typed is lost";
+    for (const auto& [name, alias, focus, why] : cases) {
+        Add(user, name, alias);
+        for (const auto& box : os::fake::boxes.shown) {
+            EXPECT_EQ(box.icon, os::BoxIcon::Error);
+            EXPECT_EQ(box.owner, user.Window().Handle());
+        }
+        EXPECT_EQ(TakeBoxes(), Texts{why});
+        EXPECT_TRUE(user.HasFocus(focus)) << why;
+        EXPECT_EQ(user.Window().Text("txtReplace"), alias) << "what was typed is lost";
     }
-    Add(user, "  ", "Barney");
-    EXPECT_TRUE(user.HasFocus("txtScreenname"));
-    Add(user, "zx", "");
-    EXPECT_TRUE(user.HasFocus("txtReplace"));
     EXPECT_EQ(Rows(user).size(), 2u);
+    Add(user, "new", "N E W");  // only written in another way
+    EXPECT_EQ(TakeBoxes(), Texts());
+}
+
+TEST_F(Replacer, LosesNothingThatStandsInTheFile) {
+    const std::string damaged("zero\0byte\r\nal\0ias\r\n", 19);
+    os::fake::PutFile(kFile, damaged);
+    auto user = Open();
+    EXPECT_EQ(Rows(user), Texts{"zero?byte=al?ias"});
+    Add(user, "zx", "Dino");
+    user.Press("cmdSave");
+    EXPECT_EQ(Saved(), damaged + "zx\r\nDino\r\n");
+}
+
+TEST_F(Replacer, LosesNothingThatWasTyped) {
+    const auto before = Saved();
+    auto user = Open();
+    user.Press("cmdCancel");
+    EXPECT_EQ(TakeBoxes(), Texts()) << "nothing was changed";
+
+    Open();
+    Add(user, "zx", "Dino");
+    using enum os::BoxResult;
+    for (const auto& [answer, shown] : {std::pair{Cancel, true}, {No, false}}) {
+        os::fake::boxes.answers = {answer};
+        user.PressEscape();
+        EXPECT_EQ(TakeBoxes(), Texts{"The list has been changed. Save the changes?"});
+        EXPECT_EQ(IsShown(kReplacer), shown);
+    }
+    EXPECT_EQ(Saved(), before);
+
+    Open();
+    user.Type("txtScreenname", "zx");
+    user.Press("cmdSave");
+    EXPECT_EQ(TakeBoxes(), Texts{"Type in the name that it is to be replaced with."});
+    user.Type("txtReplace", "Dino");
+    user.Press("cmdSave");
+    EXPECT_EQ(Saved(), before + "zx\r\nDino\r\n") << "the pair in the boxes belongs to the list";
 }
 
 TEST_F(Replacer, TakesNoMoreThanItsReadersRead) {
     std::string file;
-    for (std::size_t i = 0; i < modSNReplace::kMostPairs; ++i)
+    for (std::size_t i = 0; i < modSNReplace::kMaxPairs; ++i)
         file += "name" + std::to_string(i) + "\r\nx\r\n";
     os::fake::PutFile(kFile, file);
     auto user = Open();
     Add(user, "one more", "y");
     EXPECT_EQ(TakeBoxes().size(), 1u);
-    EXPECT_EQ(Rows(user).size(), modSNReplace::kMostPairs);
+    EXPECT_EQ(Rows(user).size(), modSNReplace::kMaxPairs);
 }
 
 TEST_F(Replacer, AFailedSaveLosesNothing) {
@@ -116,29 +176,26 @@ TEST_F(OtherDialogs, TheBugFormSubmitsNothingAndForgetsWhatWasTyped) {
         for (const char* box : {"txtDesc", "txtSpecs", "txtContact", "txtComments"})
             EXPECT_EQ(bug.Window().Text(box), "");
     }
-    EXPECT_EQ(os::fake::WriteCount() + os::fake::OutgoingCount(), 0u);
+    EXPECT_EQ(os::fake::files.writes + os::fake::OutgoingCount(), 0u);
     EXPECT_EQ(TakeBoxes(), Texts());
 }
 
-TEST_F(AllDialogs, TheOdditiesOfTheTextsStandAsPeopleKnowThem) {
-    const std::pair<const char*, const char*> oddities[] = {
-        {"Remove Away Message", "and you  will not be able to send any IMs."},
-        {"Set Idle Time", "No. of idle minutes: (max 65535)"},
-        {"Unidle", "have the idle time removed, and click Unidle"},
-        {"Unidle", "Back!"},
-        {kReplacer, "whereever it may appear"},
-        {kReplacer, "Screenname replacer effects all connected screennames for now."},
-        {"Reprot A Bug", "when the problem occured"},
-        {"Settings", "(Win 2000/XP/2003 only)"},
-        {"Wrenlow", "Wrenlow generated the folloing error"},
+// Texts that people know the program by. Who means to change one changes the sum of its dialog too; what they
+// look like together, the pictures of the manual show.
+TEST_F(AllDialogs, TheTextsStandToTheLetter) {
+    const std::pair<const char*, std::uint32_t> sums[] = {
+        {"Set Away Message", 3204330836u}, {"Remove Away Message", 2802899082u},
+        {"Set Idle Time", 4103567507u},    {"Unidle", 59690910u},
+        {"Edit Profile", 943695125u},      {kReplacer, 1991645404u},
+        {"Reprot A Bug", 1476724160u},     {"Settings", 2038156531u},
+        {"Wrenlow", 1913977615u},
     };
-    for (const auto& [caption, text] : oddities) {
-        const auto& rows = os::fake::ShownDialog(caption).Table().controls;
-        EXPECT_TRUE(std::ranges::any_of(rows,
-                                        [&](const auto& row) {
-                                            return std::string_view(row.caption).find(text) !=
-                                                   std::string_view::npos;
-                                        }))
-            << caption << ": " << text;
+    for (const auto& [caption, expected] : sums) {
+        std::string texts;
+        for (const auto& row : os::fake::ShownDialog(caption).Table().controls)
+            texts += std::string(row.caption) + "\n";
+        std::uint32_t sum = 2166136261u;  // FNV-1a
+        for (const char c : texts) sum = (sum ^ static_cast<std::uint8_t>(c)) * 16777619u;
+        EXPECT_EQ(sum, expected) << caption << "\n" << texts;
     }
 }

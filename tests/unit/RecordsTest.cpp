@@ -48,6 +48,8 @@ TEST(clsHeaderFLAP, FourBytesLeaveCompletenessAndLengthOfTheFrameBefore) {
     EXPECT_FALSE(flap.isIncomplete());
     EXPECT_EQ(flap.MessageLen(), 8);
     EXPECT_EQ(flap.toString(), "2A 04 00 07 00 00"_hex);
+    flap.Create(2, "new");
+    EXPECT_EQ(flap.toString(), Frame(2, 0, "new"));
 }
 
 TEST(clsHeaderSNAC, ReadsItsFieldsKeepsTheRequestIdentifierAndNeedsItWhole) {
@@ -64,6 +66,8 @@ TEST(clsHeaderSNAC, ReadsItsFieldsKeepsTheRequestIdentifierAndNeedsItWhole) {
         snac.ParseData(bytes.substr(0, length));
         EXPECT_EQ(snac.isIncomplete(), length < 10) << length;
     }
+    snac.Create(4, 7, 0, 0, "new");
+    EXPECT_EQ(snac.toString(), Snac(4, 7, "new"));
 }
 
 TEST(clsTLVChain, StopsAtItsLimitsAndTakesACutValue) {

@@ -1,6 +1,6 @@
 // The command line and the error lines of wrenlow-relay; the program as a whole is in tests/e2e.
-#include "app/shell/ConsoleReports.h"
-#include "app/shell/RelayOptions.h"
+#include "app/relay/ConsoleReports.h"
+#include "app/relay/RelayOptions.h"
 #include "base/RuntimeError.h"
 #include "os/fake/FakeClock.h"
 #include "tests/unit/FreshWorld.h"
@@ -33,6 +33,9 @@ TEST(RelayOptions, KnowsWhatToDoInsteadOfRunning) {
         {{"--help", "--version"}, Help, "", ""},
         {{"--settings", "f", "set", "name", "--value"}, SetValue, "name", "--value"},
         {{"get", "name"}, GetValue, "name", ""},
+        {{"logs"}, PrintLogs, "", ""},
+        {{"logs", "My", "Name"}, PrintLogs, "My Name", ""},
+        {{"--data", "d", "logs", "--search", "two words", "more"}, PrintLogs, "", "two words more"},
     };
     for (const auto& [arguments, action, name, value] : cases) {
         const auto options = ParseRelayOptions(arguments);
@@ -61,6 +64,7 @@ TEST(RelayOptions, TellsWhatIsWrong) {
         {{"set", "name"}, "set needs a value"},
         {{"get", "name", "more"}, "unexpected argument more"},
         {{"get", ""}, "get needs a value"},
+        {{"logs", "--search"}, "--search needs a value"},
     };
     for (const auto& [arguments, text] : cases) {
         try {
@@ -80,6 +84,10 @@ struct Reports : FreshWorld {
 TEST_F(Reports, ADescriptionFromAStrangerCannotSteerTheTerminal) {
     EXPECT_EQ(reports.LinesFor("bad\x1B[2J\r\nname\x7F", -5, "clsWinConn:X", 3),
               "error -5: bad?[2J??name? at: clsWinConn:X: 3\n");
+    EXPECT_EQ(Printable("\xC2\x9B"
+                        "2J \xC2\xA0\xC3\xA9"),
+              "?2J \xC2\xA0\xC3\xA9");
+    EXPECT_EQ(Printable("\x90\xE9\x80"), "?\xC3\xA9\xE2\x82\xAC");  // no UTF-8
 }
 
 TEST_F(Reports, TwentyLinesASecondAreWrittenAndWhatIsLeftOutIsTold) {

@@ -3,14 +3,15 @@
 
 #include <gtest/gtest.h>
 
-#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/Trap.h"
-#include "core/SessionHooks.h"
 #include "core/modSocket.h"
-#include "os/EventLoop.h"
+#include "features/Overview.h"
+#include "features/SessionFeatures.h"
+#include "net/EventLoop.h"
 #include "os/fake/FakeClock.h"
 #include "os/fake/FakeNetwork.h"
 #include "os/fake/FakeWorld.h"
@@ -19,11 +20,11 @@
 // What a peer does, and all that follows from it.
 inline void Accept(os::fake::Peer& peer) {
     peer.AcceptConnect();
-    os::ProcessPendingEvents();
+    net::ProcessPendingEvents();
 }
 inline void End(os::fake::Peer& peer) {
     peer.Close();
-    os::ProcessPendingEvents();
+    net::ProcessPendingEvents();
 }
 
 // What was reported while the rig stood.
@@ -34,28 +35,11 @@ struct Report {
 
 class Rig {
  public:
-    static constexpr std::uint16_t kPort = 11080;
+    static constexpr std::uint16_t kPort = Relay::kListeningPort;
 
-    Rig() {
-        os::fake::ResetWorld();
-        reports_.clear();
-        previousReporter_ = SetErrorReporter(
-            [](const std::string& description, std::int32_t number, const std::string& where, std::int16_t) {
-                reports_.push_back({description, where, number});
-            });
-        listener_.emplace();
-        listener_->ConnectionRequest.Bind<&Rig::listener_ConnectionRequest>(*this);
-        modSocket::SetListener(&*listener_);
-        modSocket::SetListeningPort(kPort);
-        modSocket::InitWs();
+    // With the features as both programs have them, unless a test brings its own.
+    explicit Rig(std::vector<FeatureEntry> features = SessionFeatures()) : relay_(std::move(features)) {
         modSocket::WinsockStartListen();
-    }
-
-    ~Rig() {
-        modSocket::InitWs();
-        modSocket::SetListener(nullptr);
-        SetSessionHooks(nullptr);
-        SetErrorReporter(previousReporter_);
     }
 
     Rig(const Rig&) = delete;
@@ -70,7 +54,7 @@ class Rig {
     // One that has not asked yet.
     static os::fake::Peer& ConnectSilently() {
         auto& client = os::fake::ConnectTo(kPort);
-        os::ProcessPendingEvents();
+        net::ProcessPendingEvents();
         return client;
     }
     // The server that was asked for last.
@@ -106,17 +90,29 @@ class Rig {
     }
 
     static std::vector<Report>& Reports() { return reports_; }
+    Relay& TheRelay() { return relay_; }
+    Overview& TheOverview() { return overview_; }
 
     static inline const ByteString kRequest = "04 01 14 46 0A 00 00 05 00"_hex;
     static inline const ByteString kReply = "00 5A 14 46 0A 00 00 05"_hex;
 
  private:
-    void listener_ConnectionRequest(std::int32_t requestID) {
-        modSocket::NewLocalConnection(requestID);
-        modSocket::WinsockStartListen();
-    }
+    // Around everything else: an empty world, and an ear for reports.
+    struct World {
+        World() {
+            os::fake::ResetWorld();
+            reports_.clear();
+        }
+        ~World() { SetErrorReporter(previous); }
+
+        ErrorReporter previous = SetErrorReporter(
+            [](const std::string& description, std::int32_t number, const std::string& where, std::int16_t) {
+                reports_.push_back({description, where, number});
+            });
+    };
 
     static inline std::vector<Report> reports_;
-    ErrorReporter previousReporter_ = nullptr;
-    std::optional<os::TcpListener> listener_;
+    World world_;
+    Relay relay_;
+    Overview overview_{relay_};
 };

@@ -97,7 +97,7 @@ TEST(UpdateReplyVersion, AnEndlessReplyIsGivenUp) {
         version.Feed(start);
         std::size_t fed = 0;
         while (version.Feed(std::string(1000, 'x')) == Result::Reading) fed += 1000;
-        EXPECT_LE(fed, UpdateReply::kLongestReply);
+        EXPECT_LE(fed, UpdateReply::kMaxReply);
     }
 }
 

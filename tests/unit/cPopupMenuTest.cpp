@@ -1,8 +1,8 @@
 #include "ui/popupmenu/cPopupMenu.h"
 
 #include "base/RuntimeError.h"
-#include "os/MenuLetters.h"
-#include "os/fake/FakePopupMenu.h"
+#include "os/desktop/MenuLetters.h"
+#include "os/fake/FakeTray.h"
 #include "tests/unit/FreshWorld.h"
 #include "ui/popupmenu/ColourSchemes.h"
 #include "ui/popupmenu/ImageList.h"
@@ -15,10 +15,10 @@ struct PopupMenu : FreshWorld {
     // What the menu hands to the operating system.
     static os::MenuRequest Shown(const cPopupMenu& menu) {
         os::MenuRequest shown;
-        os::fake::SetMenuChooser([&](const os::MenuRequest& request) {
+        os::fake::menus.chooser = [&](const os::MenuRequest& request) {
             shown = request;
             return 0;
-        });
+        };
         EXPECT_EQ(menu.ShowPopupMenu(0, 0), 0);
         return shown;
     }
@@ -97,22 +97,24 @@ TEST_F(PopupMenu, ShowsEntriesWithTheIconsOfTheirIndices) {
         ASSERT_EQ(shown.entries.size(), 6u);
         EXPECT_EQ(shown.owner, 42u);
         EXPECT_EQ(shown.colours, kDarkScheme);
-        EXPECT_EQ(shown.entries[2].icon, images.Icon(3));
-        EXPECT_NE(shown.entries[2].icon, 0u);
+        EXPECT_EQ(shown.entries[2].icon, 16'301u);
         EXPECT_EQ(shown.entries[3].icon, 0u);
         EXPECT_TRUE(shown.entries[3].isDefault && shown.entries[3].checked && !shown.entries[3].enabled);
         EXPECT_EQ(shown.entries[1].kind, os::MenuEntryKind::Separator);
         EXPECT_EQ(shown.entries[5].kind, os::MenuEntryKind::Header);
-        images.Add(3, 302);  // takes the place of the icon before, which is released
-        EXPECT_EQ(os::fake::LoadedIcons(), 1);
+        images.Add(3, 302);             // takes the place of the icon before, which is released
+        os::fake::menus.iconSize = 32;  // another screen, or another scale
+        EXPECT_EQ(Shown(menu).entries[2].icon, 32'302u);
+        EXPECT_EQ(os::fake::menus.icons, 1);
     }
-    EXPECT_EQ(os::fake::LoadedIcons(), 0);
+    EXPECT_EQ(os::fake::menus.icons, 0);
 }
 
 TEST_F(PopupMenu, TheMenuMayGoWhileItIsOnTheScreen) {
     auto menu = std::make_unique<cPopupMenu>(SampleMenu());
-    os::fake::SetMenuChooser(
-        [&](const os::MenuRequest& request) { return menu.reset(), request.entries[4].id; });
+    os::fake::menus.chooser = [&](const os::MenuRequest& request) {
+        return menu.reset(), request.entries[4].id;
+    };
     EXPECT_EQ(menu->ShowPopupMenu(1, 2), 5);
 }
 

@@ -1,10 +1,10 @@
 #include "desktop/cRegHotKey.h"
 
 #include "base/RuntimeError.h"
-#include "os/fake/FakeForeground.h"
+#include "os/fake/FakeDesktop.h"
 #include "os/fake/FakeHotkeys.h"
 #include "os/fake/FakeTopWindows.h"
-#include "os/fake/FakeWindowHook.h"
+#include "os/fake/FakeTray.h"
 #include "tests/unit/FreshWorld.h"
 
 namespace {
@@ -52,24 +52,24 @@ struct RegHotKey : FreshWorld {
 
 TEST_F(RegHotKey, FailuresNameTheirReasonAndLeaveNoAtom) {
     const std::string longest(32, 'n');
-    os::fake::TakeCombination(kCtrlAlt, 'K', "Hot key is already registered.\r\n");
-    os::fake::TakeCombination(kCtrlAlt, 'L', "");
+    os::fake::hotkeys.takenByOthers[{kCtrlAlt, 'K'}] = "Hot key is already registered.\r\n";
+    os::fake::hotkeys.takenByOthers[{kCtrlAlt, 'L'}] = "";
     EXPECT_EQ(
         Register("a", 'K'),
         "8004041B Failed to Register Hot Key [Hot key is already registered.\r\n] (wrenlow.cRegHotKey)");
     EXPECT_EQ(Register("a", 'L'), "8004041B Failed to Register Hot Key (wrenlow.cRegHotKey)");
     EXPECT_EQ(Register(longest + "n", 'M'),
               "8004041B Key Name too long (max 32 characters). (wrenlow.cRegHotKey)");
-    EXPECT_TRUE(os::fake::GlobalAtoms().empty());
+    EXPECT_TRUE(os::fake::hotkeys.atoms.empty());
 
     EXPECT_EQ(Register(longest, 'M'), "");
     EXPECT_EQ(Register(longest, 'O'),
               "8004041C The Key Name '" + longest + "' is already registered. (wrenlow.cRegHotKey)");
     EXPECT_EQ(Register(std::string(32, 'N'), 'N'), "") << "another name: case matters";
-    EXPECT_EQ(os::fake::HeldHotkeys().size(), 2u);
-    EXPECT_EQ(os::fake::GlobalAtoms().size(), 2u);
+    EXPECT_EQ(os::fake::hotkeys.held.size(), 2u);
+    EXPECT_EQ(os::fake::hotkeys.atoms.size(), 2u);
 
-    os::fake::FailAtoms("Not enough storage.");
+    os::fake::hotkeys.atomFailure = "Not enough storage.";
     EXPECT_EQ(Register("a", 'P'),
               "8004041A Failed to add GlobalAtom [Not enough storage.] (wrenlow.cRegHotKey)");
     EXPECT_EQ(ErrorOf([&] { hotKeys.UnregisterKey("a"); }),
@@ -78,10 +78,10 @@ TEST_F(RegHotKey, FailuresNameTheirReasonAndLeaveNoAtom) {
 
 TEST_F(RegHotKey, IdentifiersAreAtomsWidenedWithTheirSign) {
     Register("Set Away", 'K');
-    const auto& held = os::fake::HeldHotkeys().front();
+    const auto& held = os::fake::hotkeys.held.front();
     EXPECT_EQ(held.window, kWindow);
     EXPECT_EQ(held.id, -16316);  // 0xC044
-    const auto& atom = os::fake::GlobalAtoms().at(0xC044);
+    const auto& atom = os::fake::hotkeys.atoms.at(0xC044);
     EXPECT_TRUE(atom.starts_with("Set Away_wrenlow_4")) << atom;
 }
 
@@ -94,7 +94,7 @@ TEST_F(RegHotKey, PressesReachAListenerThatMayDropTheKeyAndForeignOnesAreToldApa
               "Desktop Snapshot/0/44/;Window Snapshot/4/44/;Unknown HotKey/6/75/;");
     Register("Panic!", 'P');
     dropKeys = true;
-    Press(os::fake::HeldHotkeys().front().id);
+    Press(os::fake::hotkeys.held.front().id);
     EXPECT_EQ(pressed, "Panic!/3/80/text;");
 }
 
@@ -112,28 +112,28 @@ TEST_F(RegHotKey, EveryEndGivesTheKeysBack) {
         hotKeys.Attach(kWindow);
         Register("a", 'A');
         Register("b", 'B');
-        EXPECT_EQ(os::fake::HeldHotkeys().size(), 2u) << name;
+        EXPECT_EQ(os::fake::hotkeys.held.size(), 2u) << name;
         end();
-        EXPECT_TRUE(os::fake::HeldHotkeys().empty() && os::fake::GlobalAtoms().empty()) << name;
+        EXPECT_TRUE(os::fake::hotkeys.held.empty() && os::fake::hotkeys.atoms.empty()) << name;
     }
     Register("a", 'A');
-    EXPECT_EQ(os::fake::HeldHotkeys().front().window, kWindow) << "still attached";
+    EXPECT_EQ(os::fake::hotkeys.held.front().window, kWindow) << "still attached";
     {
         cRegHotKey other;
         other.Attach(kWindow);
         other.RegisterKey("b", 'B', kCtrlAlt, "");
     }
-    EXPECT_EQ(os::fake::HeldHotkeys().size(), 1u) << "destroyed";
+    EXPECT_EQ(os::fake::hotkeys.held.size(), 1u) << "destroyed";
 }
 
 TEST_F(RegHotKey, RestoreAndActivateShowsRestoresAndActivates) {
     const auto window = os::fake::OpenTopWindow("ours");
-    os::fake::TopWindowAt(window).visible = false;
-    os::fake::TopWindowAt(window).minimized = true;
+    os::fake::topWindows.open.at(window).visible = false;
+    os::fake::topWindows.open.at(window).minimized = true;
     cRegHotKey::RestoreAndActivate(window);
-    EXPECT_TRUE(os::fake::TopWindowAt(window).visible);
-    EXPECT_FALSE(os::fake::TopWindowAt(window).minimized);
-    EXPECT_EQ(os::fake::ForegroundWindow(), window);
+    EXPECT_TRUE(os::fake::topWindows.open.at(window).visible);
+    EXPECT_FALSE(os::fake::topWindows.open.at(window).minimized);
+    EXPECT_EQ(os::fake::tray.foreground, window);
 }
 
 }  // namespace

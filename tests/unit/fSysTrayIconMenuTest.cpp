@@ -3,8 +3,6 @@
 #include <memory>
 
 #include "os/fake/FakeClock.h"
-#include "os/fake/FakeForeground.h"
-#include "os/fake/FakePopupMenu.h"
 #include "os/fake/FakeTray.h"
 #include "tests/unit/FreshWorld.h"
 
@@ -29,7 +27,7 @@ struct TrayHost : FreshWorld {
 
     // Shows the menu and lets that be chosen in it.
     void Choose(std::function<std::int32_t(const os::MenuRequest&)> chooser) {
-        os::fake::SetMenuChooser(std::move(chooser));
+        os::fake::menus.chooser = std::move(chooser);
         host_->ShowMenu();
     }
 
@@ -41,15 +39,18 @@ struct TrayHost : FreshWorld {
 
 TEST_F(TrayHost, TheRecordIsTheFirstFormWithTheWindowsOwnIcon) {
     host_->Initialise(77);
-    const auto record = os::fake::ShownTrayIcon();
+    const auto record = os::fake::tray.shown;
     ASSERT_TRUE(record);
     EXPECT_EQ(record->flags, 0x17u);
     EXPECT_EQ(record->callbackMessage, 0x200u);
-    EXPECT_EQ(record->id, static_cast<std::uint32_t>(record->icon));
+    EXPECT_EQ(record->id, 1u) << "the same at every start";
     EXPECT_EQ(os::fake::ShownTip(), "Wrenlow, the program under test");
+    EXPECT_EQ(record->icon, 16u);
+    os::fake::menus.iconSize = 32;
+    os::fake::RestartTaskbar();  // also told when the screen gets another scale
+    EXPECT_EQ(os::fake::tray.shown->icon, 32u);
     host_->IconHandle(0x55);
-    EXPECT_EQ(os::fake::ShownTrayIcon()->icon, 0x55u);
-    EXPECT_EQ(os::fake::ShownTrayIcon()->id, record->id) << "another icon is still the same entry";
+    EXPECT_EQ(os::fake::tray.shown->icon, 0x55u);
 }
 
 TEST_F(TrayHost, ALongTipIsCutBeforeItsTerminatingZero) {
@@ -57,7 +58,7 @@ TEST_F(TrayHost, ALongTipIsCutBeforeItsTerminatingZero) {
     host_->ToolTip(std::string(200, 'x'));
     EXPECT_EQ(os::fake::ShownTip(), std::string(63, 'x'));
     host_->ToolTip("");
-    EXPECT_EQ(os::fake::ShownTrayIcon()->tip, (std::array<char, 64>{}));
+    EXPECT_EQ(os::fake::tray.shown->tip, (std::array<char, 64>{}));
 }
 
 TEST_F(TrayHost, EveryRawMouseMessageIsTheNotificationOfTheTable) {
@@ -74,24 +75,24 @@ TEST_F(TrayHost, EveryRawMouseMessageIsTheNotificationOfTheTable) {
 
 TEST_F(TrayHost, WithoutATaskbarTheIconIsTriedForAWhileAndGivenToANewOneForEver) {
     const auto wait = [](int retries) { os::fake::AdvanceClock(retries * fSysTrayIconMenu::kRetryMs); };
-    os::fake::SetTaskbar(false);
+    os::fake::tray.hasTaskbar = false;
     host_->Initialise(77);
     host_->ToolTip("set meanwhile");
     wait(3);
-    os::fake::SetTaskbar(true);
+    os::fake::tray.hasTaskbar = true;
     wait(1);
     EXPECT_EQ(os::fake::ShownTip(), "set meanwhile");
-    const auto adds = os::fake::TrayAdds();
+    const auto adds = os::fake::tray.adds;
     wait(10);
-    EXPECT_EQ(os::fake::TrayAdds(), adds) << "there already";
+    EXPECT_EQ(os::fake::tray.adds, adds) << "there already";
 
     host_->Form_QueryUnload();
-    os::fake::SetTaskbar(false);
+    os::fake::tray.hasTaskbar = false;
     host_->Initialise(77);
     wait(fSysTrayIconMenu::kRetries + 10);
-    EXPECT_EQ(os::fake::TrayAdds(), adds + 1 + fSysTrayIconMenu::kRetries);
+    EXPECT_EQ(os::fake::tray.adds, adds + 1 + fSysTrayIconMenu::kRetries);
     os::fake::RestartTaskbar();
-    EXPECT_TRUE(os::fake::ShownTrayIcon());
+    EXPECT_TRUE(os::fake::tray.shown);
 }
 
 TEST_F(TrayHost, ARemovedEntryAndADestroyedHostRaiseNothing) {
@@ -101,5 +102,5 @@ TEST_F(TrayHost, ARemovedEntryAndADestroyedHostRaiseNothing) {
     host_->AddMenuItem("Open", "open");
     Choose([&](const os::MenuRequest& request) { return host_.reset(), request.entries.front().id; });
     EXPECT_EQ(heard_, "");
-    EXPECT_FALSE(os::fake::ShownTrayIcon());
+    EXPECT_FALSE(os::fake::tray.shown);
 }

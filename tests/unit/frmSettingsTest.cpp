@@ -2,11 +2,14 @@
 
 #include <map>
 
+#include "app/services/Settings.h"
 #include "app/services/modRegistry.h"
 #include "base/Trap.h"
+#include "desktop/ApplySettings.h"
 #include "desktop/frmUpdate.h"
 #include "desktop/modTrans.h"
 #include "os/fake/FakeDialog.h"
+#include "os/fake/FakeFiles.h"
 #include "os/fake/FakeHotkeys.h"
 #include "os/fake/FakeRegistryStore.h"
 #include "os/fake/FakeTopWindows.h"
@@ -22,6 +25,7 @@ constexpr os::WindowHandle kMainWindow = 0x77;
 constexpr const char* kHotkeysKey = "software\\Wrenlow\\hotkeys\\";
 constexpr int kTranslucencyPage = 3;
 constexpr int kHotkeysPage = 4;
+constexpr int kServerPage = 5;
 constexpr const char* kAway = "Set away message";
 constexpr const char* kBack = "Clear away message";
 constexpr const char* kPanic = "Panic! (Shut down AIM and Wrenlow)";
@@ -42,7 +46,7 @@ struct Settings : FreshWorld {
     }
 
     void Open(int page = 0) {
-        form.Start(false);
+        form.Start();
         if (page != 0) user.Choose("SSTab1", page);
     }
 
@@ -84,7 +88,7 @@ struct Settings : FreshWorld {
     // The combinations that the system holds for us, as modifiers/key.
     static std::string Held() {
         std::string held;
-        for (const auto& hotkey : os::fake::HeldHotkeys())
+        for (const auto& hotkey : os::fake::hotkeys.held)
             held += std::to_string(hotkey.modifiers) + "/" + std::to_string(hotkey.key) + " ";
         return held;
     }
@@ -105,18 +109,18 @@ const Values kDefaults = {
     {"enablehotkey", "0"}, {"trans1", "0"},       {"trans2", "0"},         {"trans3", "0"},
     {"trans4", "0"},       {"transamount", "30"}, {"logims", "0"},         {"logwhere", "C:\\AimLogs\\"},
     {"logfolder", "0"},    {"logwhat", "True"},   {"loghowtxt", "False"},  {"loghowhtm", "True"},
-    {"seehtml", "0"},
+    {"logchat", "0"},      {"seehtml", "0"},      {"keepmessages", "0"},   {"fetchmessages", "1"},
 };
 
-TEST_F(Settings, AnEmptyStoreGetsEveryDefaultOnceAndIsPutInForceUnseen) {
-    form.Start(true);
-    EXPECT_FALSE(dialog.IsShown());
+TEST_F(Settings, AnEmptyStoreGetsEveryDefaultOnceAndIsPutInForce) {
+    StartSettings();
     ExpectStored(kDefaults);
     EXPECT_EQ(Hotkey("n"), "0");
-    EXPECT_EQ(RunEntry(), "/program\\wrenlow.exe");
-    EXPECT_EQ(os::fake::RegistryChanges(), 17 + 1 + 1);
-    form.Start(true);
-    EXPECT_EQ(os::fake::RegistryChanges(), 17 + 1 + 1 + 1) << "only the Run entry is written each time";
+    EXPECT_EQ(RunEntry(), "/program/wrenlow.exe");
+    EXPECT_EQ(os::fake::registry.changes, std::ssize(settings::kTable) + 1 + 1);
+    StartSettings();
+    EXPECT_EQ(os::fake::registry.changes, std::ssize(settings::kTable) + 1 + 1 + 1)
+        << "only the Run entry is written each time";
 }
 
 TEST_F(Settings, EveryControlLoadsAndSavesTheSettingOfItsTag) {
@@ -127,9 +131,11 @@ TEST_F(Settings, EveryControlLoadsAndSavesTheSettingOfItsTag) {
     }
     others["transamount"] = "77";
     others["logwhere"] = "D:\\Logs\\";
+    others["server"] = "aim.example.org:5190";
+    os::fake::PutFile("D:\\file", "");
     for (const auto& [name, value] : others) modRegistry::WriteSetting(name, value);
     Open();
-    os::fake::ResetRegistry();
+    os::fake::registry = {};
     user.Press("cmdApply");
     ExpectStored(others);
     EXPECT_TRUE(dialog.IsShown());
@@ -147,7 +153,7 @@ TEST_F(Settings, WhatTheUserChangesIsStoredByOkAndDroppedByCancel) {
     user.Choose("SSTab1", 1);
     user.Press({"Option2", 0});
     user.Type("Text1", "E:\\x");
-    form.Start(false);  // opened again from the menu: keeps the changes
+    form.Start();  // opened again from the menu: keeps the changes
     user.PressEnter("Text1");
     EXPECT_FALSE(dialog.IsShown());
     ExpectStored({{"onstartup", "0"}, {"loghowtxt", "True"}, {"loghowhtm", "False"}, {"logwhere", "E:\\x"}});
@@ -161,7 +167,7 @@ TEST_F(Settings, ThePercentageFollowsTheSliderWhereTheSystemIsTranslucent) {
     user.Choose("sldTrans", 42);
     EXPECT_EQ(dialog.Text("lblPercent"), "42%");
     EXPECT_FALSE(user.Sees("lblNoTrans"));
-    os::fake::SetCanMakeTranslucent(false);
+    os::fake::topWindows.canMakeTranslucent = false;
     user.Choose("SSTab1", 0);
     user.Choose("SSTab1", kTranslucencyPage);
     EXPECT_TRUE(user.Sees("lblNoTrans"));
@@ -185,11 +191,17 @@ TEST_F(Settings, AddingAHotkeyChecksInOrder) {
         {"Ctrl", "Alt", "Page Down", kAway, "lunch", {}},
         {"Ctrl", "Alt", "Page Down", kPanic, {}, {"A hotkey already exists with that key combination."}},
         {"(none)", "Win", "F12", kPanic, {}, {}},
+        {"Ctrl",
+         "(none)",
+         "B",
+         kAway,
+         "again",
+         {"The action \"Set Away\" has the hotkey Ctrl+Alt+Page Down already. Remove that one first."}},
     };
     Open(kHotkeysPage);
     for (const auto& [first, second, key, action, text, refusal] : cases) {
         AddHotkey(first, second, key, action, text);
-        for (const auto& box : os::fake::ShownBoxes()) EXPECT_EQ(box.icon, os::BoxIcon::Error);
+        for (const auto& box : os::fake::boxes.shown) EXPECT_EQ(box.icon, os::BoxIcon::Error);
         EXPECT_EQ(TakeBoxes(), refusal);
     }
     EXPECT_EQ(Rows(), (Texts{"Ctrl+Alt+Page Down/Set Away/lunch", "Win+F12/Panic!/"}));
@@ -227,7 +239,7 @@ TEST_F(Settings, HotkeysAreStoredRegisteredAndReadBack) {
     Open(kHotkeysPage);
     user.Press("cmdDeleteHotkey");  // nothing is selected
     EXPECT_EQ(Rows(), (Texts{"Ctrl+Alt+Print Screen/Set Away/lunch", "Shift+Num Lock/Clear Away/ "}));
-    user.SelectRows("lvHotkeys", {0});
+    user.Choose("lvHotkeys", 0);
     user.Press("cmdDeleteHotkey");
     user.Press("chkHotkey");
     user.Press("cmdApply");
@@ -235,30 +247,99 @@ TEST_F(Settings, HotkeysAreStoredRegisteredAndReadBack) {
     EXPECT_EQ(Hotkey("n") + Hotkey("1n"), "1Shift+Num Lock") << "but the list stays";
 }
 
-TEST_F(Settings, EveryHotkeyIsTriedAndEachFailureNamed) {
+TEST_F(Settings, EveryHotkeyIsTriedAndTheFirstFailuresAreNamed) {
     const auto window = os::fake::OpenTopWindow("x - Instant Message");
-    os::fake::TopWindowAt(window).alpha = 9;
-    os::fake::TakeCombination(2, 'B', "Hot key is already registered.\r\n");
+    os::fake::topWindows.open.at(window).alpha = 9;
+    os::fake::hotkeys.takenByOthers[{2, 'B'}] = "Hot key is already registered.\r\n";
+    std::vector<modHotKeys::StoredHotkey> stored{
+        {"Ctrl+A", "Set Away", "one"}, {"Ctrl+B", "Panic!", ""}, {"Ctrl+D", "Clear Away", ""}};
+    for (char key = 'E'; key <= 'J'; ++key)  // of an earlier version: Add refuses them
+        stored.push_back({std::string("Ctrl+") + key, "Set Away", "two"});
+    modHotKeys::SaveHotkeys(stored);
     Open(kHotkeysPage);
     user.Press("chkHotkey");
-    AddHotkey("Ctrl", "(none)", "A", kAway, "one");
-    AddHotkey("Ctrl", "(none)", "B", kPanic);
-    AddHotkey("Ctrl", "(none)", "C", kAway, "two");
-    AddHotkey("Ctrl", "(none)", "D", kBack);
     user.Press("cmdOK");
-    const std::string text =
+    std::string text =
         "These hotkeys could not be registered:\r\n"
-        "Ctrl+B: Failed to Register Hot Key [Hot key is already registered.]\r\n"
-        "Ctrl+C: The Key Name 'Set Away' is already registered.";
+        "Ctrl+B: Failed to Register Hot Key [Hot key is already registered.]\r\n";
+    for (const char* key : {"E", "F", "G", "H"})
+        text += std::string("Ctrl+") + key + ": The Key Name 'Set Away' is already registered.\r\n";
+    text += "and 2 more";
     EXPECT_EQ(TakeBoxes(), Texts{text});
     EXPECT_EQ(Held(), "2/65 2/68 ");
-    EXPECT_FALSE(os::fake::TopWindowAt(window).alpha) << "translucency is in force nevertheless";
+    EXPECT_FALSE(os::fake::topWindows.open.at(window).alpha) << "translucency is in force nevertheless";
 
     hotKeys.Clear();
-    form.Start(true);  // the next start of the program
+    StartSettings();  // the next start of the program
     EXPECT_EQ(reported, "frmSettings:Apply -2147220453 " + text + ";");
     EXPECT_EQ(TakeBoxes(), Texts());
     EXPECT_EQ(Held(), "2/65 2/68 ");
+}
+
+TEST_F(Settings, EnterInTheHotkeysTextAddsIt) {
+    Open(kHotkeysPage);
+    ChooseText({"cmbHK", 0}, "Ctrl");
+    ChooseText("cmbHKAction", kAway);
+    user.Type("txtHKText", "lunch");
+    user.PressEnter("txtHKText");
+    EXPECT_TRUE(dialog.IsShown());
+    EXPECT_EQ(dialog.RowCount("lvHotkeys"), 1);
+    user.Choose("lvHotkeys", 0);
+    user.PressDelete("lvHotkeys");
+    EXPECT_EQ(dialog.RowCount("lvHotkeys"), 0);
+}
+
+TEST_F(Settings, ALogFolderThatCannotBeMadeIsRefused) {
+    os::fake::PutFile("E:\\file", "");
+    os::fake::FailWrites("E:\\x", 5);
+    Open(1);
+    user.Type("Text1", "E:\\x\\");
+    user.Press("Check14");
+    for (const char* button : {"cmdOK", "cmdApply"}) {
+        user.Press(button);
+        const auto boxes = TakeBoxes();
+        ASSERT_EQ(boxes.size(), 1u);
+        EXPECT_TRUE(boxes[0].starts_with("The logging folder \"E:\\x\\\" cannot be made: ")) << boxes[0];
+        EXPECT_TRUE(dialog.IsShown());
+        EXPECT_TRUE(user.HasFocus("Text1"));
+    }
+    EXPECT_EQ(modRegistry::ReadSetting("logims"), "0");
+    os::fake::FailWrites("E:\\x", 0);
+    user.Press("cmdOK");
+    EXPECT_EQ(TakeBoxes(), Texts());
+    EXPECT_EQ(modRegistry::ReadSetting("logims"), "1");
+}
+
+TEST_F(Settings, ALogFolderThatTheCodePageCannotNameIsRefused) {
+    Open(1);
+    user.TypeBeyondCodePage("Text1");
+    for (const char* button : {"cmdOK", "cmdApply"}) {
+        user.Press(button);
+        const auto boxes = TakeBoxes();
+        ASSERT_EQ(boxes.size(), 1u);
+        EXPECT_NE(boxes[0].find("\" cannot be kept: its name has letters"), boxes[0].npos) << boxes[0];
+        EXPECT_TRUE(user.HasFocus("Text1"));
+    }
+    EXPECT_EQ(modRegistry::ReadSetting("logwhere").find('?'), std::string::npos);
+    user.Type("Text1", "C:\\logs\\");
+    user.Press("cmdOK");
+    EXPECT_EQ(TakeBoxes(), Texts());
+}
+
+TEST_F(Settings, AServerWithAPortThatIsNoneIsRefused) {
+    Open(kServerPage);
+    EXPECT_EQ(dialog.Text("txtServer"), "") << "an empty text is stored as a blank";
+    for (const char* text : {"host:", "host:0", "host:65536", "host:x", "my host"}) {
+        user.Type("txtServer", text);
+        user.Press("cmdOK");
+        EXPECT_EQ(TakeBoxes().size(), 1u) << text;
+        EXPECT_TRUE(dialog.IsShown() && user.HasFocus("txtServer")) << text;
+    }
+    for (const char* text : {"host", "host:5190", "10.0.0.1:99", "2001:db8::1", "[2001:db8::1]:5190", ""}) {
+        user.Type("txtServer", text);
+        user.Press("cmdApply");
+        EXPECT_EQ(TakeBoxes(), Texts()) << text;
+    }
 }
 
 TEST_F(Settings, ADamagedListOfHotkeysIsTakenAsFarAsItGoes) {
@@ -271,9 +352,11 @@ TEST_F(Settings, ADamagedListOfHotkeysIsTakenAsFarAsItGoes) {
     for (const auto& [count, rows, held] :
          {std::tuple{"2000000000", 1, "2/0 "}, {"x", 0, ""}, {"-3", 0, ""}}) {
         store("n", count);
-        form.Start(true);
-        EXPECT_EQ(dialog.RowCount("lvHotkeys"), rows) << count;
+        StartSettings();
         EXPECT_EQ(Held(), held) << count;
+        Open();
+        EXPECT_EQ(dialog.RowCount("lvHotkeys"), rows) << count;
+        user.PressEscape();
     }
 }
 
@@ -283,9 +366,9 @@ TEST_F(Settings, TheButtonsReachTheAimSetUpAndTheUpdateCheck) {
     EXPECT_EQ(TakeBoxes(), Texts{"This build of Wrenlow has no update server."});
     for (const auto& [button, enabled] : {std::pair{1, true}, {0, false}}) {
         user.Press({"cmdChange", button});
-        const auto changes = os::fake::RegistryChanges();
+        const auto changes = os::fake::registry.changes;
         if (enabled) user.Press({"cmdChange", button});
-        EXPECT_EQ(os::fake::RegistryChanges(), changes) << "it is set up already";
+        EXPECT_EQ(os::fake::registry.changes, changes) << "it is set up already";
         const auto proxy = "software\\America Online\\AOL Instant Messenger (TM)\\CurrentVersion\\Proxy";
         EXPECT_EQ(modRegistry::QueryValue(kHive, proxy, "Enabled") == "1", enabled);
     }

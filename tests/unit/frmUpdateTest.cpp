@@ -1,8 +1,8 @@
 #include "desktop/frmUpdate.h"
 
+#include "os/Files.h"
+#include "os/fake/FakeDesktop.h"
 #include "os/fake/FakeDialog.h"
-#include "os/fake/FakeFileDialogs.h"
-#include "os/fake/FakeFileWriter.h"
 #include "os/fake/FakeFiles.h"
 #include "tests/unit/FreshWorld.h"
 #include "tests/unit/Rig.h"
@@ -32,7 +32,7 @@ struct Update : FreshWorld {
     // Presses Download; the user chooses the place, or cancels there.
     void BeginDownload(std::optional<std::string> place) {
         Check(false, kOffer);
-        os::fake::AnswerSaveFile(std::move(place));
+        os::fake::fileDialogs.answer = std::move(place);
         User().Press("cmdDownload");
         Accept(Server());
     }
@@ -82,7 +82,7 @@ TEST_F(Update, TellsTheOutcomeOnlyToWhomAsked) {
             form->CheckForUpdate(bShow);
             os::fake::AdvanceClock(0);
             happens();
-            os::ProcessPendingEvents();
+            net::ProcessPendingEvents();
             EXPECT_FALSE(form->Window().IsShown()) << outcome;
             EXPECT_EQ(TakeBoxes(), bShow ? told : Texts()) << outcome;
             EXPECT_EQ(os::fake::OpenSocketCount(), 0u) << outcome;
@@ -101,7 +101,7 @@ TEST_F(Update, ASecondCheckStartsAnew) {
 }
 
 TEST_F(Update, AsksForTheFileThenForItsPlaceAndReadsNothingMeanwhile) {
-    os::fake::SetDuringSaveFile([&] {
+    os::fake::fileDialogs.during = [&] {
         EXPECT_EQ(Server().Received(), "GET /get/setup.exe HTTP/1.1\r\nHost: update.example\r\n\r\n");
         Server().Send(kOk + "Content-Length: 3\r\n\r\nabc");
         End(Server());
@@ -109,15 +109,15 @@ TEST_F(Update, AsksForTheFileThenForItsPlaceAndReadsNothingMeanwhile) {
         EXPECT_FALSE(User().Sees("cmdDownload"));
         form->CheckForUpdate(true);  // must not disturb
         EXPECT_EQ(os::fake::OutgoingCount(), 2u);
-    });
+    };
     BeginDownload(kPlace);
-    ASSERT_EQ(os::fake::AskedSaveFiles().size(), 1u);
-    const auto& asked = os::fake::AskedSaveFiles().front();
+    ASSERT_EQ(os::fake::fileDialogs.asked.size(), 1u);
+    const auto& asked = os::fake::fileDialogs.asked.front();
     EXPECT_EQ(asked.title, "Save Setup File");
     EXPECT_EQ(asked.proposedName, "setup18.exe");  // the server's folders are cut off
     EXPECT_EQ(asked.owner, form->Window().Handle());
     EXPECT_EQ(os::fake::FileText(kPlace), "abc");
-    EXPECT_TRUE(os::fake::IsMarkedFromInternet(kPlace));
+    EXPECT_TRUE(os::fake::fileWriters.isFromInternet.contains(kPlace));
     EXPECT_EQ(TakeBoxes(), Texts{"Download complete. Close Wrenlow and run the setup."});
 }
 
@@ -182,7 +182,7 @@ TEST_F(Update, AFailedDownloadSaysSoAndLeavesTheOldFileAlone) {
          "The connection ended before the whole file was there."},
         {[] { Server().Send("HTTP/1.1 404 Not Found\r\n\r\nsorry"); }, noFile},
         {[] { Server().Send(kOk + "Transfer-Encoding: chunked\r\n\r\n3\r\nabc\r\n0\r\n\r\n"); }, noFile},
-        {[&] { os::fake::FailWritersAfter(2, 112), Server().Send(head); },
+        {[&] { os::fake::fileWriters.room = 2, Server().Send(head); },
          "The file could not be saved: Disk full."},
         {[] {}, "The file could not be saved: Path not found", "/nowhere/setup.exe"},
     };
@@ -190,7 +190,7 @@ TEST_F(Update, AFailedDownloadSaysSoAndLeavesTheOldFileAlone) {
     for (const auto& [happens, told, place] : cases) {
         BeginDownload(place);
         happens();
-        os::ProcessPendingEvents();
+        net::ProcessPendingEvents();
         EXPECT_EQ(TakeBoxes(), Texts{told});
         EXPECT_TRUE(IsBackAtTheOffer()) << told;
         EXPECT_EQ(os::fake::FileText(kPlace), "old") << told;
@@ -198,19 +198,38 @@ TEST_F(Update, AFailedDownloadSaysSoAndLeavesTheOldFileAlone) {
     }
 }
 
+TEST_F(Update, AFileThatAnotherProgramHoldsIsTriedAgainWhenAskedAndItsBytesAreKept) {
+    const auto hold = [](bool held) { os::fake::FailWrites(kPlace, held ? 32 : 0); };
+    for (const bool givenUp : {false, true}) {
+        hold(true);
+        os::fake::boxes.answers = {os::BoxResult::Yes, givenUp ? os::BoxResult::No : os::BoxResult::Yes};
+        int boxes = 0;
+        os::fake::boxes.during = [&] { hold(givenUp || ++boxes < 2); };
+        BeginDownload(kPlace);
+        Server().Feed(kOk + "Content-Length: 3\r\n\r\nabc");
+        os::fake::boxes.during = {};
+        hold(false);
+        EXPECT_EQ(os::fake::FileText(kPlace).has_value(), !givenUp);
+        EXPECT_EQ(IsBackAtTheOffer(), givenUp);
+        EXPECT_EQ(TakeBoxes().size(), givenUp ? 2u : 3u);
+        EXPECT_FALSE(os::fake::FileText(kTemporary));
+        os::RemoveFile(os::Path::FromText(kPlace));
+    }
+}
+
 TEST_F(Update, AConnectionLostWhileTheUserChoosesIsToldAfterwards) {
-    os::fake::SetDuringSaveFile([&] {
+    os::fake::fileDialogs.during = [&] {
         Server().Reset();
-        os::ProcessPendingEvents();
+        net::ProcessPendingEvents();
         EXPECT_EQ(TakeBoxes(), Texts());
-    });
+    };
     BeginDownload(kPlace);
     EXPECT_EQ(TakeBoxes(), Texts{kFailed});
     EXPECT_TRUE(IsBackAtTheOffer());
 }
 
 TEST_F(Update, TheProgramMayEndWhileTheUserChooses) {
-    os::fake::SetDuringSaveFile([&] { form.reset(); });
+    os::fake::fileDialogs.during = [&] { form.reset(); };
     BeginDownload(kPlace);
     EXPECT_EQ(os::fake::OpenSocketCount(), 0u);
     EXPECT_FALSE(os::fake::FileText(kPlace));

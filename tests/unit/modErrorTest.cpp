@@ -1,7 +1,8 @@
-#include "app/services/modError.h"
+#include "app/windows/modError.h"
 
 #include "base/RuntimeError.h"
 #include "base/Trap.h"
+#include "os/desktop/MessageBox.h"
 #include "os/fake/FakeDialog.h"
 #include "tests/unit/FreshWorld.h"
 
@@ -45,8 +46,21 @@ TEST_F(ErrorWindows, TwoReportsReadToTheLetterInWindowsThatCloseByThemselves) {
     EXPECT_EQ(modError::OpenWindowCount(), 0u);
 }
 
+TEST_F(ErrorWindows, TakeTheKeyboardOnlyWhenAPersonHasCausedThem) {
+    static constexpr os::Control kBox[] = {{os::ControlKind::TextBox, "txt", "", {7, 7, 60, 12}}};
+    static constexpr os::DialogTable kTable{"typed into", 80, 40, kBox};
+    os::Dialog other(kTable);
+    other.Show();
+    Fail("caused by a frame");
+    EXPECT_EQ(Shown(), 1);
+    EXPECT_TRUE(DialogUser(other).IsActive());
+    const os::BoxesBefore cause(1);
+    Fail("caused by a command");
+    EXPECT_FALSE(DialogUser(other).IsActive());
+}
+
 TEST_F(ErrorWindows, AFloodOfFailuresOpensTwentyWindowsAndNoMoreUntilOneIsClosed) {
-    for (std::size_t i = 0; i < modError::kMostWindows + 5; ++i) Fail("x");
+    for (std::size_t i = 0; i < modError::kMaxWindows + 5; ++i) Fail("x");
     EXPECT_EQ(Shown(), 20);
     DialogUser(kCaption).Press("cmdOK");
     Fail("afterwards");

@@ -1,8 +1,8 @@
 #include "app/shell/modMenu.h"
 
+#include "app/windows/AimClient.h"
+#include "os/fake/FakeDesktop.h"
 #include "os/fake/FakeDialog.h"
-#include "os/fake/FakePopupMenu.h"
-#include "os/fake/FakeShell.h"
 #include "os/fake/FakeTray.h"
 #include "tests/unit/FreshWorld.h"
 #include "tests/unit/Rig.h"
@@ -10,7 +10,7 @@
 namespace {
 
 struct TrayMenu : FreshWorld {
-    ~TrayMenu() override { modMenu::CloseChosen().Reset(); }
+    ~TrayMenu() override { modSystem::EndRequest.Reset(); }
 
     ImageList images_;
 };
@@ -19,21 +19,23 @@ struct TrayMenu : FreshWorld {
 
 TEST_F(TrayMenu, HasTheEntriesInTheirOrderAndSubMenusWithTheirIcons) {
     modMenu::LoadMenuIcons(images_);
-    const auto host = modMenu::BuildTrayMenu(77, 0x55, images_);
+    const auto host = modMenu::BuildTrayMenu(77, images_);
     std::string drawn;  // a line for each entry, indented in sub-menus, with icon index and key
-    os::fake::SetMenuChooser([&](const os::MenuRequest& request) {
+    os::fake::menus.chooser = [&](const os::MenuRequest& request) {
         for (const auto& entry : request.entries) {
             const auto icon = host->PopupMenuObject().ItemIcon(entry.id);
             const auto key = host->PopupMenuObject().ItemKey(entry.id);
             EXPECT_EQ(entry.icon != 0, icon != cPopupMenu::kNoIcon) << entry.caption;
             drawn += (entry.parent == 0 ? "" : "    ") + entry.caption +
                      (entry.icon == 0 ? "" : " [" + std::to_string(icon) + "]") +
-                     (key.empty() ? "\n" : " " + key + "\n");
+                     (key.empty() ? "" : " " + key) + (entry.isDefault ? " default\n" : "\n");
         }
         return 0;
-    });
+    };
     host->ShowMenu();
     EXPECT_EQ(drawn,
+              "Open Wrenlow open default\n"
+              "-\n"
               "Screenname Replacer... [8] snreplace\n"
               "-\n"
               "Edit Profile... [9] editprofile\n"
@@ -51,12 +53,7 @@ TEST_F(TrayMenu, HasTheEntriesInTheirOrderAndSubMenusWithTheirIcons) {
               "About Wrenlow... [0] about\n"
               "Close [3] close\n");
     EXPECT_EQ(os::fake::ShownTip(), "Wrenlow");
-    EXPECT_EQ(os::fake::ShownTrayIcon()->icon, 0x55u);
-}
-
-TEST_F(TrayMenu, AFormWithoutAnIconLeavesTheHostItsOwn) {
-    const auto host = modMenu::BuildTrayMenu(77, 0, images_);
-    EXPECT_NE(os::fake::ShownTrayIcon()->icon, 0u);
+    EXPECT_NE(os::fake::tray.shown->icon, 0u);
 }
 
 TEST_F(TrayMenu, EachCommandOpensItsDialogOnceIfSomebodyIsSignedOnWhereThatIsNeeded) {
@@ -71,6 +68,7 @@ TEST_F(TrayMenu, EachCommandOpensItsDialogOnceIfSomebodyIsSignedOnWhereThatIsNee
         {"setback", "Remove Away Message", true},
         {"setidle", "Set Idle Time", true},
         {"noidle", "Unidle", true},
+        {"open", "Wrenlow", false},
         {"settings", "Settings", false},
         {"bug", "Reprot A Bug", false},  // in no menu, but a command as ever
     };
@@ -92,8 +90,8 @@ TEST_F(TrayMenu, EachCommandOpensItsDialogOnceIfSomebodyIsSignedOnWhereThatIsNee
 
 TEST_F(TrayMenu, OnlyCloseAsksTheMainFormToUnload) {
     int closed = 0;
-    auto close = [&] { ++closed; };
-    modMenu::CloseChosen().Bind(close);
+    auto close = [&](bool bAsk) { closed += bAsk; };
+    modSystem::EndRequest.Bind(close);
     for (const char* key : {"close ", "Close", "", "amPopup", "trans", "hotkey"}) modMenu::DoMenuCommand(key);
     EXPECT_EQ(closed, 0);
     modMenu::DoMenuCommand("close");
@@ -103,18 +101,18 @@ TEST_F(TrayMenu, OnlyCloseAsksTheMainFormToUnload) {
 
 TEST_F(TrayMenu, TheAboutBoxNamesVersionAuthorAndHomePage) {
     modMenu::DoMenuCommand("about");
-    ASSERT_EQ(os::fake::ShownBoxes().size(), 1u);
-    EXPECT_EQ(os::fake::ShownBoxes().front().title, "About Wrenlow");
-    EXPECT_EQ(os::fake::ShownBoxes().front().icon, os::BoxIcon::Information);
+    ASSERT_EQ(os::fake::boxes.shown.size(), 1u);
+    EXPECT_EQ(os::fake::boxes.shown.front().title, "About Wrenlow");
+    EXPECT_EQ(os::fake::boxes.shown.front().icon, os::BoxIcon::Information);
     EXPECT_EQ(modMenu::AboutText("A. Wren", "https://wrenlow.example/"),
               "Wrenlow 2.0.17\r\nby A. Wren\r\nhttps://wrenlow.example/");
-    EXPECT_NE(modMenu::AboutText("", "").find("names no home page"), std::string::npos);
+    EXPECT_EQ(modMenu::AboutText("", ""), "Wrenlow 2.0.17\r\nby the Wrenlow authors");
 }
 
 TEST_F(TrayMenu, AMissingOrUselessAddressIsToldInsteadOfOpened) {
     for (const char* page : {"https://wrenlow.example/forum", "", "C:\\forum.exe"})
         modMenu::OpenMakerPage(page, "forum");
-    EXPECT_EQ(os::fake::OpenedPages(), Texts{"https://wrenlow.example/forum"});
+    EXPECT_EQ(os::fake::shell.opened, Texts{"https://wrenlow.example/forum"});
     EXPECT_EQ(TakeBoxes(), (Texts{"This build of Wrenlow names no forum.",
                                   "The forum cannot be opened:\r\nC:\\forum.exe"}));
 }

@@ -1,5 +1,6 @@
 #include "app/services/modRegistry.h"
 
+#include "app/services/Settings.h"
 #include "os/fake/FakeRegistryStore.h"
 #include "tests/unit/FreshWorld.h"
 #include "tests/unit/Hex.h"
@@ -57,6 +58,27 @@ TEST_F(modRegistryTest, AValueOfAThousandAndTwentyFourBytesReadsAsNothing) {
 
 TEST_F(modRegistryTest, FailuresComeOutAsFalse) {
     EXPECT_FALSE(modRegistry::DeleteValue(kHive, modRegistry::kSettingsKey, "missing"));
-    os::fake::FailRegistryWrites(true);
+    os::fake::registry.failWrites = true;
     EXPECT_FALSE(modRegistry::WriteSetting("logims", "1"));
+}
+
+TEST_F(modRegistryTest, ASettingIsReadByItsKindAndRefusesWhatMeansNothing) {
+    const struct {
+        const char *name, *stored;
+        bool on;
+        const char* fault;
+    } cases[] = {
+        {"logims", "1", true, ""},        {"logims", "11", false, "logims is 1 or 0"},
+        {"TRANS1", "0", false, ""},       {"trans1", "", true, "trans1 is 1 or 0"},
+        {"loghowhtm", "True", true, ""},  {"loghowhtm", "1", false, "loghowhtm is True or False"},
+        {"transamount", "-5", false, ""}, {"transamount", "5 ", false, "transamount is a whole number"},
+        {"logwhere", "", false, ""},
+    };
+    for (const auto& [name, stored, on, fault] : cases) {
+        const auto& setting = *settings::Find(name);
+        EXPECT_EQ(settings::FaultOf(setting, stored), fault) << name;
+        EXPECT_EQ(settings::IsMark(setting.kind) && settings::MeansOn(setting, stored), on) << name << stored;
+    }
+    EXPECT_NE(settings::FaultOf(*settings::Find("logwhere"), std::string(1024, 'x')), "");
+    EXPECT_EQ(settings::Find("logim"), nullptr);
 }

@@ -10,15 +10,22 @@
 namespace {
 
 constexpr char kFile[] = "/program\\repl.dat";
-constexpr std::size_t kLargestPayload = 65535;
+constexpr std::size_t kMaxPayload = 65535;
 constexpr auto ToClient = Direction::ToClient, ToServer = Direction::ToServer;
 
 using Pairs = std::vector<Replacement>;
 
+// By the list alone, whatever the payload is made of.
 ByteString Rewrite(const Pairs& pairs, Direction direction, const ByteString& payload) {
+    const auto changed = ReplacementList(pairs).Rewrite(direction, payload);
+    return changed ? changed->bytes : payload;
+}
+
+// As the frame goes on.
+ByteString PassedOn(const Pairs& pairs, Direction direction, const ByteString& payload) {
     ByteString rewritten;
     const bool replaced =
-        modSNReplace::ReplaceScreenNames(ReplacementList(pairs), direction, payload, rewritten);
+        modSNReplace::ReplaceScreenNames(ReplacementList(pairs), direction, 2, payload, rewritten);
     return replaced ? rewritten : payload;
 }
 
@@ -85,17 +92,93 @@ TEST(modSNReplace, ALaterPairFindsWhatAnEarlierOneWrote) {
     // The blank in front is part of what the search goes by, also where the normal forms are equal.
     const Pairs sameName = {{" one", "x"}, {"one", "y"}, {"ONE", "z"}};
     EXPECT_EQ(Rewrite(sameName, ToClient, "04 'one ' 04 ' one'"_hex), "01 'y' 01 'x'"_hex);
+    // The data are searched in blocks; what is put in at the front of one ends a name that begins before it.
+    const Pairs acrossBlocks = {{"ab", "c"}, {"'x' 01 'c'"_hex, "new"}};
+    for (std::size_t size = 250; size < 260; ++size) {
+        const ByteString before(size, '.');
+        EXPECT_EQ(Rewrite(acrossBlocks, ToClient, before + "03 'x' 02 'ab'"_hex), before + "03 'new'"_hex)
+            << size;
+    }
     // What was put in is searched too, from its second byte on and across its end.
     EXPECT_EQ(Rewrite({{"one", "x\x04"}}, ToClient, "03 'one' 'ONE !'"_hex), "02 'x' 02 'x' 04 '!'"_hex);
 }
 
 TEST(modSNReplace, AFrameThatWouldOutgrowItsLengthFieldStaysAsItIs) {
     const Pairs pairs = {{"ab", "abcdef"}};
-    const auto full = ByteString(kLargestPayload - 7, '.') + "02 'ab'"_hex;
-    EXPECT_EQ(Rewrite(pairs, ToClient, full).size(), kLargestPayload);
+    const auto full = ByteString(kMaxPayload - 7, '.') + "02 'ab'"_hex;
+    EXPECT_EQ(Rewrite(pairs, ToClient, full).size(), kMaxPayload);
     EXPECT_EQ(Rewrite(pairs, ToClient, "." + full), "." + full);
     // An alias that holds its own name behind a length grows for ever.
     EXPECT_EQ(Rewrite({{"ab", "'x' 02 'ab'"_hex}}, ToClient, "02 'ab'"_hex), "02 'ab'"_hex);
+}
+
+TEST(modSNReplace, TheLengthsAroundWhatWasReplacedFit) {
+    const auto item = [](const ByteString& name, const ByteString& tlvs) {
+        return Word(name.size()) + name + "00 01 00 02 00 00"_hex + Word(tlvs.size()) + tlvs;
+    };
+    const auto said = [](const ByteString& tlvs) { return "11 22 33 44 55 66 77 88 00 03"_hex + tlvs; };
+    const auto rendezvous = [](const ByteString& invitation) {
+        return Tlv(5, "00 00 11 22 33 44 55 66 77 88"_hex + ByteString(16, 'c') + Tlv(0x0C, invitation));
+    };
+    const auto user = [](const ByteString& name) {
+        return Named(name) + "00 00 00 01 00 01 00 02 00 10"_hex;
+    };
+    const auto room = [](const ByteString& name) {
+        return "00 04 06 'cookie' 00 00 02 00 01"_hex + Tlv(0xD3, name);
+    };
+    const struct {
+        const char* name;
+        Direction direction;
+        ByteString sent, arrives;
+    } cases[] = {
+        {"a nickname", ToServer, Snac(0x13, 9, item("asdf1234", Tlv(0x131, "Fred") + Tlv(0x13C, "x"))),
+         Snac(0x13, 9, item("asdf1234", Tlv(0x131, "asdf1234") + Tlv(0x13C, "x")))},
+        {"the whole list", ToClient,
+         Snac(0x13, 6,
+              "00 00 02"_hex + item("asdf1234", "") + item("other", Tlv(0x131, "ASDF 1234")) + "mail"),
+         Snac(0x13, 6, "00 00 02"_hex + item("Fred", "") + item("other", Tlv(0x131, "Fred")) + "mail")},
+        {"a text in a room", ToServer, Snac(0x0E, 5, said(Tlv(1, "") + Tlv(5, Tlv(1, "Fred")))),
+         Snac(0x0E, 5, said(Tlv(1, "") + Tlv(5, Tlv(1, "asdf1234"))))},
+        {"a speaker in a room", ToClient,
+         Snac(0x0E, 6, said(Tlv(3, user("asdf1234")) + Tlv(5, Tlv(1, "asdf1234")))),
+         Snac(0x0E, 6, said(Tlv(3, user("Fred")) + Tlv(5, Tlv(1, "Fred"))))},
+        {"an invitation", ToClient, Snac(4, 7, IncomingData("asdf1234", rendezvous("asdf1234") + Tlv(3, ""))),
+         Snac(4, 7, IncomingData("Fred", rendezvous("Fred") + Tlv(3, "")))},
+        {"a message", ToServer,
+         Snac(4, 6,
+              OutgoingData("Fred", Tlv(2, MessageData("\x04"
+                                                      "Fred")))),
+         Snac(4, 6,
+              OutgoingData("asdf1234", Tlv(2, MessageData("\x08"
+                                                          "asdf1234"))))},
+        {"a room", ToClient, Snac(0x0D, 9, Tlv(4, room("asdf1234"))), Snac(0x0D, 9, Tlv(4, room("Fred")))},
+        {"a cookie, in which the name stands too", ToClient, Snac(0x17, 3, Tlv(6, "08 'asdf1234' FF"_hex)),
+         Snac(0x17, 3, Tlv(6, "04 'Fred' FF"_hex))},
+        {"a greeting", ToServer, "00 00 00 01"_hex + Tlv(6, "04 'Fred' FF"_hex),
+         "00 00 00 01"_hex + Tlv(6, "08 'asdf1234' FF"_hex)},
+        {"a version before the data", ToServer,
+         "00 13 00 09 80 00 00 00 00 00 00 06 00 01 00 02 00 04"_hex + item("a", Tlv(0x131, "Fred")),
+         "00 13 00 09 80 00 00 00 00 00 00 06 00 01 00 02 00 04"_hex + item("a", Tlv(0x131, "asdf1234"))},
+        {"a kind that is not in the table", ToServer, Snac(0x13, 0x77, Tlv(5, Tlv(1, "Fred"))),
+         Snac(0x13, 0x77, "00 05 00 08 00 01 00 08 'asdf1234'"_hex)},
+        {"a frame that does not fit", ToServer, Snac(0x0E, 5, said(Tlv(5, Tlv(1, "Fred")) + "00 07 00"_hex)),
+         Snac(0x0E, 5, said("00 05 00 08 00 01 00 08 'asdf1234' 00 07 00"_hex))},
+        {"a value that is not as its layout says", ToServer,
+         Snac(0x0E, 5, said(Tlv(5, "00 01 00 0F 04 'Fred'"_hex))),
+         Snac(0x0E, 5, said(Tlv(5, "00 01 00 0F 08 'asdf1234'"_hex)))},
+        // What would tear the frame is left alone.
+        {"across the end of a block", ToClient, Snac(0x13, 0x1C, "06 'x' 09 'asdf' '1234 z'"_hex),
+         Snac(0x13, 0x1C, "06 'x' 09 'asdf' '1234 z'"_hex)},
+        {"a length of one byte that cannot grow", ToServer,
+         Snac(0x13, 0x1C,
+              Named(ByteString(250, 'x') + "\x04"
+                                           "Fred")),
+         Snac(0x13, 0x1C,
+              Named(ByteString(250, 'x') + "\x04"
+                                           "Fred"))},
+    };
+    for (const auto& [name, direction, sent, arrives] : cases)
+        EXPECT_EQ(PassedOn({{"asdf1234", "Fred"}}, direction, sent), arrives) << name;
 }
 
 // Few different bytes, so that names, lengths, blanks and overlaps meet all the time; in every tenth round a
@@ -144,7 +227,7 @@ TEST_F(ReplacementFile, ReadsTwoLinesForEachPair) {
     EXPECT_EQ(modSNReplace::LoadReplacements(), nullptr) << "no file";
     for (const auto& [bytes, pairs, apply] : cases) {
         os::fake::PutFile(kFile, bytes);
-        EXPECT_EQ(modSNReplace::ReadReplacements(), pairs) << HexDump(bytes);
+        EXPECT_EQ(modSNReplace::ReadAliasFile().pairs, pairs) << HexDump(bytes);
         EXPECT_EQ(modSNReplace::LoadReplacements() != nullptr, apply) << HexDump(bytes);
     }
     EXPECT_TRUE(rig_.Reports().empty());
@@ -161,10 +244,10 @@ TEST_F(ReplacementFile, LeavesOutTooLongPairsAndReportsThemOnce) {
     ASSERT_EQ(rig_.Reports().size(), 1u);
     EXPECT_EQ(rig_.Reports()[0].where, "modSNReplace:LoadReplacements");
 
-    ByteString rewritten;
-    EXPECT_FALSE(list->Rewrite(ToClient, "04 'long'"_hex, rewritten));
-    ASSERT_TRUE(list->Rewrite(ToClient, "04 'name'"_hex, rewritten));
-    EXPECT_EQ(rewritten, "\xFF" + longest);
+    EXPECT_FALSE(list->Rewrite(ToClient, "04 'long'"_hex));
+    const auto changed = list->Rewrite(ToClient, "04 'name'"_hex);
+    ASSERT_TRUE(changed);
+    EXPECT_EQ(changed->bytes, "\xFF" + longest);
 }
 
 TEST_F(ReplacementFile, IsReadToItsLimitsAndNoFurther) {
@@ -176,14 +259,22 @@ TEST_F(ReplacementFile, IsReadToItsLimitsAndNoFurther) {
     } cases[] = {
         {thousand, 1000, 0},
         {thousand + "one more", 1000, 1},
-        // The limit falls into the second pair's name, which must not become a shorter name.
-        {std::string(modSNReplace::kLargestFile - 10, 'a') + "\r\nb\r\nsecond\r\nalias\r\n", 1, 1},
-        {std::string(2 * modSNReplace::kLargestFile, 'a'), 0, 1},
+        // That the first name is too long is a report of its own. The limit falls into the second pair's
+        // name, which must not become a shorter name.
+        {std::string(modSNReplace::kMaxFileBytes - 10, 'a') + "\r\nb\r\nsecond\r\nalias\r\n", 1, 2},
+        // It falls between a name and its alias, which stay together, and between CR and LF.
+        {std::string(modSNReplace::kMaxFileBytes - 10, 'a') + "\r\nb\r\nno\r\nalias\r\n", 1, 2},
+        {std::string(modSNReplace::kMaxFileBytes - 4, 'a') + "\r\nb\r\nsecond\r\nalias\r\n", 1, 2},
+        {std::string(2 * modSNReplace::kMaxFileBytes, 'a'), 0, 1},
     };
     for (const auto& [file, pairs, reports] : cases) {
         Rig::Reports().clear();
         os::fake::PutFile(kFile, file);
-        EXPECT_EQ(modSNReplace::ReadReplacements().size(), pairs) << file.substr(0, 20);
+        const auto read = modSNReplace::ReadAliasFile();
+        EXPECT_EQ(read.pairs.size(), pairs) << file.substr(0, 20);
+        modSNReplace::LoadReplacements();
         EXPECT_EQ(Rig::Reports().size(), reports) << file.substr(0, 20);
+        modSNReplace::SaveAliasFile(read);
+        EXPECT_TRUE(os::fake::FileText(kFile) == file) << "bytes are lost: " << file.substr(0, 20);
     }
 }

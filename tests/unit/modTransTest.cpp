@@ -10,7 +10,6 @@
 namespace {
 
 using os::fake::OpenTopWindow;
-using os::fake::TopWindowAt;
 
 struct Trans : FreshWorld {
     Trans() { Set("0000", "50"); }
@@ -27,7 +26,7 @@ struct Trans : FreshWorld {
 
     static constexpr int kNotLayered = -1;
     static int AlphaAt(os::WindowHandle window) {
-        const auto alpha = TopWindowAt(window).alpha;
+        const auto alpha = os::fake::topWindows.open.at(window).alpha;
         return alpha ? *alpha : kNotLayered;
     }
 };
@@ -78,7 +77,7 @@ TEST_F(Trans, EachTickTreatsNewWindowsOfTheKindsThatAreOnAndNoWindowTwice) {
     EXPECT_EQ(AlphaAt(im), 128);
     EXPECT_EQ(AlphaAt(later), 128);
     EXPECT_EQ(AlphaAt(list), kNotLayered);
-    EXPECT_EQ(TopWindowAt(im).translucentCalls, 1);
+    EXPECT_EQ(os::fake::topWindows.open.at(im).translucentCalls, 1);
     Set("1000", "100");
     modTrans::TimerTick();
     EXPECT_EQ(AlphaAt(im), 0);
@@ -94,16 +93,16 @@ TEST_F(Trans, SwitchingAKindOffMakesItsWindowsOpaqueAtOnceAndOnTranslucentAgain)
         Set("0001", "0");
         EXPECT_EQ(AlphaAt(im), kNotLayered);
     }
-    EXPECT_EQ(TopWindowAt(chat).opaqueCalls, 0);
+    EXPECT_EQ(os::fake::topWindows.open.at(chat).opaqueCalls, 0);
     EXPECT_EQ(AlphaAt(chat), 255);
 }
 
 TEST_F(Trans, TheTickDoesNothingWhileAllKindsAreOffAndAMissingSettingCountsAsOn) {
-    const int before = os::fake::Enumerations();
+    const int before = os::fake::topWindows.enumerations;
     modTrans::TimerTick();
-    EXPECT_EQ(os::fake::Enumerations(), before);
+    EXPECT_EQ(os::fake::topWindows.enumerations, before);
 
-    os::fake::ResetRegistry();
+    os::fake::registry = {};
     modTrans::LoadTransSettings();
     const auto info = OpenTopWindow("Buddy Info: Bob");
     modTrans::TimerTick();
@@ -120,7 +119,7 @@ TEST_F(Trans, After999WindowsOnlyThePlaceOfClosedOnesIsTakenByOthers) {
     modTrans::TimerTick();
     EXPECT_EQ(untreated(), 1);
     const auto closed = std::ranges::find(windows, 128, AlphaAt);
-    os::fake::CloseTopWindow(*closed);
+    os::fake::topWindows.open.erase(*closed);
     windows.erase(closed);
     modTrans::TimerTick();
     EXPECT_EQ(untreated(), 0);

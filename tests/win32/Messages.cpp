@@ -6,12 +6,12 @@
 
 // Busy sockets announce themselves by messages without end.
 void HandleMessages() {
-    constexpr int kMost = 64;
+    constexpr int kMaxMessages = 64;
     MSG message;
-    for (int i = 0; i < kMost && PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE); ++i) {
+    for (int i = 0; i < kMaxMessages && PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE); ++i) {
         if (os::TakeDialogMessage(message)) continue;
         TranslateMessage(&message);
-        DispatchMessageA(&message);
+        DispatchMessageW(&message);
     }
 }
 

@@ -79,8 +79,16 @@ void DialogUser::Press(ControlId control) {
 
 void DialogUser::Type(ControlId control, const std::string& text) {
     const HWND window = Reach(dialog_, control);
-    SendMessageA(window, EM_SETSEL, 0, -1);
-    SendMessageA(window, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(text.c_str()));
+    const auto wide = DialogAccess::Of(dialog_).Wide(text);
+    SendMessageW(window, EM_SETSEL, 0, -1);
+    SendMessageW(window, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(wide.c_str()));
+    HandleMessages();
+}
+
+void DialogUser::TypeBeyondCodePage(ControlId control) {
+    const HWND window = Reach(dialog_, control);
+    SendMessageW(window, EM_SETSEL, 0, -1);
+    SendMessageW(window, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(L"C:\\\x0141ukasz \x041F"));
     HandleMessages();
 }
 
@@ -99,21 +107,73 @@ void DialogUser::Choose(ControlId control, int position) {
             SendMessageA(window, TBM_SETPOS, TRUE, position);
             SendMessageA(GetParent(window), WM_HSCROLL, TB_ENDTRACK, reinterpret_cast<LPARAM>(window));
             break;
+        case Kind::ListView:
+        case Kind::VirtualList: {
+            LVITEMA item{};
+            item.stateMask = item.state = LVIS_SELECTED;
+            SendMessageA(window, LVM_SETITEMSTATE, number, reinterpret_cast<LPARAM>(&item));
+            break;
+        }
         default:
             throw std::logic_error("nothing to choose from in " + std::string(control.name));
     }
     HandleMessages();
 }
 
-void DialogUser::SelectRows(ControlId control, const std::vector<int>& rows) {
-    const HWND window = Reach(dialog_, control);
-    LVITEMA item{};
-    item.stateMask = LVIS_SELECTED;
-    SendMessageA(window, LVM_SETITEMSTATE, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(&item));
-    item.state = LVIS_SELECTED;
-    for (const int row : rows)
-        SendMessageA(window, LVM_SETITEMSTATE, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
+void DialogUser::PressDelete(ControlId control) {
+    PressKey(Reach(dialog_, control), VK_DELETE);
+}
+
+void DialogUser::ScrollTo(ControlId list, int row) {
+    const HWND window = Reach(dialog_, list);
+    RECT first{LVIR_BOUNDS, 0, 0, 0};
+    SendMessageA(window, LVM_GETITEMRECT, 0, reinterpret_cast<LPARAM>(&first));
+    SendMessageA(window, LVM_SCROLL, 0, (row - FirstSeen(list)) * (first.bottom - first.top));
     HandleMessages();
+}
+
+int DialogUser::FirstSeen(ControlId list) const {
+    return static_cast<int>(SendMessageA(WindowOf(dialog_, list), LVM_GETTOPINDEX, 0, 0));
+}
+
+int DialogUser::LastSeen(ControlId list) const {
+    const auto page = static_cast<int>(SendMessageA(WindowOf(dialog_, list), LVM_GETCOUNTPERPAGE, 0, 0));
+    return std::min(FirstSeen(list) + page, dialog_.RowCount(list)) - 1;
+}
+
+void DialogUser::Resize(int width, int height) {
+    const HWND window = reinterpret_cast<HWND>(dialog_.Handle());
+    RECT frame{0, 0, width, height};
+    MapDialogRect(window, &frame);
+    AdjustWindowRectEx(&frame, static_cast<DWORD>(GetWindowLongPtrA(window, GWL_STYLE)), FALSE,
+                       static_cast<DWORD>(GetWindowLongPtrA(window, GWL_EXSTYLE)));
+    SetWindowPos(window, nullptr, 0, 0, frame.right - frame.left, frame.bottom - frame.top,
+                 SWP_NOMOVE | SWP_NOZORDER);
+    HandleMessages();
+}
+
+DialogRect DialogUser::PlaceOf(ControlId control) const {
+    const HWND window = WindowOf(dialog_, control);
+    RECT place;
+    GetWindowRect(window, &place);
+    MapWindowPoints(nullptr, GetParent(window), reinterpret_cast<POINT*>(&place), 2);
+    RECT thousand{0, 0, 1000, 1000};
+    MapDialogRect(reinterpret_cast<HWND>(dialog_.Handle()), &thousand);
+    const auto units = [](LONG pixels, LONG whole) {
+        return static_cast<short>(MulDiv(static_cast<int>(pixels), 1000, static_cast<int>(whole)));
+    };
+    return {units(place.left, thousand.right), units(place.top, thousand.bottom),
+            units(place.right - place.left, thousand.right),
+            units(place.bottom - place.top, thousand.bottom)};
+}
+
+std::string DialogUser::Marked(ControlId control) const {
+    const HWND window = WindowOf(dialog_, control);
+    DWORD begin = 0;
+    DWORD end = 0;
+    SendMessageW(window, EM_GETSEL, reinterpret_cast<WPARAM>(&begin), reinterpret_cast<LPARAM>(&end));
+    const auto& dialog = DialogAccess::Of(dialog_);
+    return dialog.FromWide(dialog.Wide(dialog_.Text(control)).substr(begin, end - begin));
 }
 
 void DialogUser::PressEnter(ControlId control) {
@@ -122,6 +182,7 @@ void DialogUser::PressEnter(ControlId control) {
 
 void DialogUser::PressEscape() {
     if (!dialog_.IsShown()) throw std::logic_error("Esc in a dialog that is not shown");
+    SetActiveWindow(reinterpret_cast<HWND>(dialog_.Handle()));
     PressKey(GetFocus(), VK_ESCAPE);
 }
 
@@ -131,6 +192,10 @@ bool DialogUser::Sees(ControlId control) const {
 
 bool DialogUser::HasFocus(ControlId control) const {
     return dialog_.IsShown() && GetFocus() == WindowOf(dialog_, control);
+}
+
+bool DialogUser::IsActive() const {
+    return reinterpret_cast<WindowHandle>(GetActiveWindow()) == dialog_.Handle();
 }
 
 }  // namespace os::fake

@@ -15,8 +15,6 @@
 #include "app/shell/modMenu.h"
 #include "base/RuntimeError.h"
 #include "base/Trap.h"
-#include "os/fake/FakeMessageBox.h"
-#include "os/fake/FakeShell.h"
 #include "os/fake/FakeWorld.h"
 #include "os/win32/HiddenWindow.h"
 #include "sandbox/hand/DesktopUser.h"
@@ -70,12 +68,9 @@ class RealTray : public testing::Test {
  protected:
     RealTray() {
         os::fake::ResetWorld();
-        os::fake::ResetMessageBoxes();
-        os::fake::ResetShell();
         modMenu::LoadMenuIcons(images_);
         owner_ = CreateWindowA("STATIC", "owner", WS_POPUP, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
-        const auto icon = os::LoadIconResource(1, os::SmallIconSize());
-        host_ = modMenu::BuildTrayMenu(reinterpret_cast<os::WindowHandle>(owner_), icon, images_);
+        host_ = modMenu::BuildTrayMenu(reinterpret_cast<os::WindowHandle>(owner_), images_);
         host_->SysTrayMouseDown.Bind<&RealTray::host_SysTrayMouseDown>(*this);
         host_->SysTrayMouseMove.Bind<&RealTray::host_SysTrayMouseMove>(*this);
         host_->MenuClick.Bind<&RealTray::host_MenuClick>(*this);

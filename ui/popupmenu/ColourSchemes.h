@@ -1,18 +1,7 @@
 // Colour schemes for menus. Without a scheme a menu has the system's colours.
 #pragma once
 
-#include "os/PopupMenu.h"
-
-inline constexpr os::MenuColours kLightScheme{
-    .background = 0xFBFAF7,
-    .text = 0x23272B,
-    .disabledText = 0x9A9DA0,
-    .selected = 0xD7E6F1,
-    .selectedText = 0x12324A,
-    .separator = 0xDCDAD3,
-    .header = 0xECE9E1,
-    .headerText = 0x5B4A36,
-};
+#include "os/desktop/PopupMenu.h"
 
 inline constexpr os::MenuColours kDarkScheme{
     .background = 0x24272B,

@@ -2,16 +2,14 @@
 
 #include <utility>
 
-ImageList::~ImageList() {
-    for (const auto& [index, icon] : icons_) os::ReleaseIcon(icon);
-}
-
 void ImageList::Add(std::int32_t index, int resourceId) {
-    const auto icon = os::LoadIconResource(resourceId, os::SmallIconSize());
-    if (const auto before = std::exchange(icons_[index], icon)) os::ReleaseIcon(before);
+    pictures_[index] = {.resourceId = resourceId, .pixels = 0, .icon = {}};
 }
 
-os::IconHandle ImageList::Icon(std::int32_t index) const {
-    const auto found = icons_.find(index);
-    return found != icons_.end() ? found->second : 0;
+os::IconHandle ImageList::Icon(std::int32_t index, int pixels) {
+    const auto found = pictures_.find(index);
+    if (found == pictures_.end()) return 0;
+    auto& picture = found->second;
+    if (std::exchange(picture.pixels, pixels) != pixels) picture.icon = os::Icon(picture.resourceId, pixels);
+    return picture.icon.Handle();
 }

@@ -96,12 +96,13 @@ void cPopupMenu::MakeHeader(std::int32_t lIndex) {
 
 std::int32_t cPopupMenu::ShowPopupMenu(int x, int y) const {
     os::MenuRequest request{.owner = owner_, .entries = {}, .colours = colours_, .x = x, .y = y};
+    const int iconSize = os::SmallIconSize({x, y});
     for (const auto& item : items_) {
         request.entries.push_back({.id = item.index,
                                    .parent = item.parent,
                                    .kind = item.kind,
                                    .caption = item.caption,
-                                   .icon = images_ != nullptr ? images_->Icon(item.icon) : 0,
+                                   .icon = images_ != nullptr ? images_->Icon(item.icon, iconSize) : 0,
                                    .checked = item.checked,
                                    .enabled = item.enabled,
                                    .isDefault = item.isDefault});

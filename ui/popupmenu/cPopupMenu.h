@@ -1,11 +1,12 @@
 // cPopupMenu: a popup menu as a model: entries, sub-menus to any depth, colours, and a stream form. Showing
-// it is the operating system's part (os/PopupMenu.h).
+// it is the operating system's part (os/desktop/PopupMenu.h).
 //
 // An entry is known by its index: positive, given when the entry is added, never given again while the menu
 // lives and not changed by what happens to other entries. (Restoring a stored menu numbers anew.) Operations
 // on an index that the menu does not have throw RuntimeError (SubscriptOutOfRange).
 //
-// With os/PopupMenu.h and os/Icons.h the folder is a component of its own; it knows nothing of this program.
+// With os/desktop/PopupMenu.h and os/desktop/Icons.h the folder is a component of its own; it knows nothing
+// of this program.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +15,7 @@
 #include <string_view>
 #include <vector>
 
-#include "os/PopupMenu.h"
+#include "os/desktop/PopupMenu.h"
 
 class ImageList;
 
@@ -69,7 +70,7 @@ class cPopupMenu {
     os::WindowHandle hWndOwner() const { return owner_; }
     void hWndOwner(os::WindowHandle window) { owner_ = window; }
     // The icons; must outlive the menu or be taken away with nullptr.
-    void ImageList(const ::ImageList* images) { images_ = images; }
+    void ImageList(::ImageList* images) { images_ = images; }
     // Nothing: the system's colours.
     const std::optional<os::MenuColours>& ColourScheme() const { return colours_; }
     void ColourScheme(const std::optional<os::MenuColours>& colours) { colours_ = colours; }
@@ -115,6 +116,6 @@ class cPopupMenu {
     Items items_;
     std::int32_t lastIndex_ = 0;
     os::WindowHandle owner_ = 0;
-    const ::ImageList* images_ = nullptr;
+    ::ImageList* images_ = nullptr;
     std::optional<os::MenuColours> colours_;
 };

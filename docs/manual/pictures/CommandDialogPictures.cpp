@@ -1,16 +1,14 @@
 #include <gtest/gtest.h>
 
-#include "app/services/SharedForm.h"
-#include "app/services/frmError.h"
+#include "app/windows/SharedForm.h"
+#include "app/windows/frmError.h"
 #include "desktop/frmBug.h"
 #include "docs/manual/pictures/Picture.h"
-#include "features/clsSessionFeatures.h"
-#include "features/frmAway.h"
-#include "features/frmIdle.h"
-#include "features/frmProfile.h"
-#include "features/frmSNReplacer.h"
-#include "features/frmUnAway.h"
-#include "features/frmUnIdle.h"
+#include "features/dialogs/RemoveForm.h"
+#include "features/dialogs/frmAway.h"
+#include "features/dialogs/frmIdle.h"
+#include "features/dialogs/frmProfile.h"
+#include "features/dialogs/frmSNReplacer.h"
 #include "os/RegistryStore.h"
 #include "os/fake/FakeDialog.h"
 #include "os/fake/FakeFiles.h"
@@ -75,8 +73,6 @@ constexpr struct {
 
 void CommandDialogPictures() {
     Rig rig;
-    clsSessionFeatures features;
-    SetSessionHooks(&features);
     rig.SignOn("Walter");
     rig.SignOn("Blue Bird 7");
     for (const auto& dialog : kDialogs) {

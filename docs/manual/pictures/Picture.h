@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "os/Dialog.h"
+#include "os/desktop/Dialog.h"
 
 void SetPictureFolder(const std::string& folder);
 
@@ -12,3 +12,6 @@ void Picture(const os::Dialog& dialog, const std::string& name);
 
 // Opens and pictures the dialogs that send commands, the replacer, the bug form and the error window.
 void CommandDialogPictures();
+
+// Opens and pictures the Wrenlow window's pages.
+void WrenlowPictures();
