@@ -86,6 +86,13 @@ class Setup(unittest.IsolatedAsyncioTestCase):
     def wait_until_listening():
         wait_until(lambda: listens(Exe.PORT), "Wrenlow does not listen")
 
+    def wait_until_set_up(self):
+        """Wrenlow serves first and sets up the start with Windows and the AIM client behind it."""
+        program = windows.windows_path(self.home / "wrenlow.exe")
+        wait_until(lambda: (windows.values(RUN_KEY) or {}).get("Wrenlow") == program,
+                   "Wrenlow does not start with Windows")
+        wait_until(lambda: (windows.values(PROXY_KEY) or {}).get("Host") == ADDRESS[0], "AIM's proxy is not set")
+
     def installed(self):
         return sorted(path.relative_to(self.home).as_posix() for path in self.home.rglob("*") if path.is_file())
 
@@ -104,8 +111,7 @@ class Setup(unittest.IsolatedAsyncioTestCase):
         (self.home / "repl.dat").write_bytes(b"tomsample\r\nTom\r\n")
         (self.home / "logs").mkdir()
         (self.home / "logs/tom.txt").write_text("hello")
-        self.assertEqual(windows.values(RUN_KEY)["Wrenlow"], windows.windows_path(self.home / "wrenlow.exe"))
-        self.assertEqual(windows.values(PROXY_KEY)["Host"], "127.0.0.1")
+        self.wait_until_set_up()
 
         self.install(NEW)
         self.wait_until_listening()  # it has been ended to be replaced, and started again
@@ -235,7 +241,7 @@ class Setup(unittest.IsolatedAsyncioTestCase):
         self.install(NEW)
         (self.home / "repl.dat").write_bytes(b"tomsample\r\nTommy\r\n")
         self.start()
-        self.assertEqual(windows.values(RUN_KEY)["Wrenlow"], windows.windows_path(self.home / "wrenlow.exe"))
+        self.wait_until_set_up()
 
         service = Service()
         await service.start()
