@@ -7,6 +7,7 @@ import asyncio
 import os
 import signal
 import sys
+import tempfile
 import traceback
 import unittest
 import xml.etree.ElementTree as ElementTree
@@ -32,6 +33,12 @@ class BoundedTest(unittest.IsolatedAsyncioTestCase):
                     raise
                 raise TimeoutError(f"the test has not ended after {self.LONGEST} s") from error
         setattr(self, method, bounded)
+
+    def folder(self):
+        """A new folder, gone again when the test ends."""
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        return folder.name
 
 
 class Result(unittest.TextTestResult):

@@ -13,7 +13,6 @@
 //                           menu stays open
 //   open                    double-clicks the tray icon and waits for the Wrenlow window
 //   keys CODES              presses the keys of these virtual-key codes together
-//   type TEXT               types the text's characters, whatever the keyboard has on its keys
 //   fill TITLE, N, TEXT     between tabs: puts the text into the window's Nth text box, from 0
 //   select TITLE, N, ENTRY  between tabs: chooses an entry, from 0, in the window's Nth drop-down list
 //   push TITLE, CAPTION     between tabs: pushes the window's button or check box
@@ -313,10 +312,6 @@ std::string Obey(const std::string& line) {
     if (word == "menu") return WalkTrayMenu(rest);
     if (line == "open") return OpenByDoubleClick();
     if (word == "keys") return PressTogether(rest);
-    if (word == "type") {
-        TypeText(Wide(rest));
-        return "typed";
-    }
     if (word == "fill") return Fill(rest);
     if (word == "select") return Select(rest);
     if (word == "push") return Push(rest);

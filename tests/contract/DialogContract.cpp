@@ -5,11 +5,11 @@
 #include <memory>
 
 #include "base/RuntimeError.h"
-#include "base/Trap.h"
 #include "os/desktop/Dialog.h"
 #include "os/desktop/DialogRows.h"
 #include "os/desktop/MessageBox.h"
 #include "os/fake/FakeDialog.h"
+#include "tests/unit/Reported.h"
 
 namespace {
 
@@ -229,16 +229,12 @@ TEST_F(DialogContract, AHandlerMayDestroyItsDialog) {
 }
 
 TEST_F(DialogContract, AFailingHandlerIsReportedUnderTheControlsName) {
-    static std::string report;
-    report.clear();
-    const auto before =
-        SetErrorReporter([](const std::string& description, std::int32_t, const std::string& where,
-                            std::int16_t) { report = where + " " + description; });
+    const Reported reported;
     dialog.On("cmdOK", [] { throw RuntimeError(5, "no"); });
     dialog.Show();
     user.Press("cmdOK");
-    SetErrorReporter(before);
-    EXPECT_EQ(report, "Dialog:cmdOK no");
+    ASSERT_EQ(Reported::reports.size(), 1u);
+    EXPECT_EQ(Reported::reports[0].where, "Dialog:cmdOK");
     EXPECT_TRUE(dialog.IsShown());
 }
 

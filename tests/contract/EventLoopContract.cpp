@@ -9,15 +9,13 @@
 #include <string>
 #include <vector>
 
-#include "base/Trap.h"
 #include "os/Clock.h"
 #include "tests/contract/Implementation.h"
+#include "tests/unit/Reported.h"
 
 namespace {
 
 constexpr std::int64_t kBoundMs = 20'000;
-
-std::vector<std::string> reported;
 
 // A call that the next turn of the loop makes.
 class Later {
@@ -34,16 +32,10 @@ class Later {
 
 class EventLoopContract : public testing::Test {
  protected:
-    EventLoopContract() {
-        PrepareContract();
-        reported.clear();
-        before_ = SetErrorReporter([](const std::string& description, std::int32_t, const std::string& where,
-                                      std::int16_t) { reported.push_back(where + ": " + description); });
-    }
-    ~EventLoopContract() override { SetErrorReporter(before_); }
+    EventLoopContract() { PrepareContract(); }
 
  private:
-    ErrorReporter before_;
+    Reported reported_;
 };
 
 TEST_F(EventLoopContract, WhatIsDueRunsLaterAndInOrderAndWhatIsPendingWithoutWaiting) {
@@ -89,9 +81,10 @@ TEST_F(EventLoopContract, AnExceptionThatLeavesAHandlerIsReportedAndEndsNothing)
     timer.Tick.Bind(tick);
     timer.StartRepeating(1);
     ASSERT_TRUE(net::RunEventLoopUntil([&] { return ticks >= 2; }, kBoundMs));
-    ASSERT_GE(reported.size(), 3u);
-    EXPECT_EQ(reported[0], "EventLoop:Dispatch: thrown");
-    EXPECT_EQ(reported[1], "EventLoop:Dispatch: ticked");
+    ASSERT_GE(Reported::reports.size(), 3u);
+    EXPECT_EQ(Reported::reports[0].description, "thrown");
+    EXPECT_EQ(Reported::reports[1].description, "ticked");
+    EXPECT_EQ(Reported::reports[1].where, "EventLoop:Dispatch");
 }
 
 TEST_F(EventLoopContract, ManyTimersTickOnceEachInTheOrderOfTheirTimesAndNotWhenStopped) {

@@ -1,4 +1,4 @@
-// What the native sockets do when the system runs out of open files.
+// What the native sockets do when the system runs out of open files, or does not even try.
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -56,6 +56,13 @@ TEST_F(TcpContract, WithoutFreeFilesConnectingFailsFromTheLoop) {
     client.events.clear();
     client.socket->Connect("127.0.0.1", listener.Port());
     EXPECT_TRUE(Wait([&] { return client.events.starts_with('C'); }));
+}
+
+TEST_F(TcpContract, AnAddressThatTheSystemRefusesAtOnceFailsFromTheLoop) {
+    Recorder client;
+    client.socket->Connect("255.255.255.255", 5190);
+    EXPECT_EQ(client.events, "");
+    EXPECT_TRUE(Wait([&] { return client.events == "F"; }));
 }
 
 }  // namespace

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+
 #include "base/RuntimeError.h"
 #include "os/RegistryStore.h"
 #include "tests/contract/Implementation.h"
@@ -123,6 +125,21 @@ TEST_F(FilesContract, ANameThatDiffersInCaseOnlyIsTheOneThatIsThere) {
     os::AppendToFile(os::InSpellingOfDisk(folder_, "B.TXT"), "y");
     EXPECT_EQ(os::ReadWholeFile(In("b.txt"), kAll), "xy");
     EXPECT_FALSE(os::FileExists(os::InSpellingOfDisk(folder_, "c.txt")));
+}
+
+TEST_F(FilesContract, AFolderTellsOfEachEntryWhatItIsAndHowLarge) {
+    const auto inside = In("inside");
+    for (const auto& folder : {inside, inside / "caf\xE9"}) os::MakeFolder(folder);
+    os::ReplaceFileWith(inside / "a.txt", "12345");
+    std::map<std::string, std::pair<bool, std::uint64_t>> entries;
+    os::FolderReader reader(inside);
+    while (const auto entry = reader.Next())
+        entries[(inside / os::Path::FromSystem(entry->name)).Shown()] = {entry->isFolder,
+                                                                         entry->isFolder ? 0 : entry->size};
+    EXPECT_EQ(entries.size(), 2u);
+    EXPECT_EQ(entries.at((inside / "a.txt").Shown()), std::pair(false, std::uint64_t{5}));
+    EXPECT_TRUE(entries.at((inside / "caf\xE9").Shown()).first);
+    EXPECT_FALSE(os::FolderReader(In("missing")).Next());
 }
 
 TEST_F(FilesContract, TheProgramKnowsWhereItIs) {

@@ -8,9 +8,9 @@ import sys
 from pathlib import Path
 
 from tests import report
-from tests.desk import test_aim_client, test_dialogs, test_program, test_updates, test_window
+from tests.desk import test_aim_client, test_program, test_updates
 
-MODULES = [test_aim_client, test_dialogs, test_program, test_updates, test_window]
+MODULES = [test_aim_client, test_program, test_updates]
 
 
 def main():

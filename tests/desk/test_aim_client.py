@@ -93,10 +93,16 @@ class Desk(BoundedTest):
     async def relays(self):
         """Wrenlow has come as far as to serve clients, without a question."""
         await self.wrenlow.wait_until_listening()
-        client = Client("bystander", (self.service.host, self.service.port), ("127.0.0.1", Wrenlow.PORT))
-        await client.sign_on()
+        client = await self.client("passing")
         await client.sign_off()
         self.assertEqual(await self.hand.boxes(), [])
+
+    async def client(self, name):
+        """Signed on through Wrenlow."""
+        client = Client(name, (self.service.host, self.service.port), ("127.0.0.1", Wrenlow.PORT))
+        self.addAsyncCleanup(client.close)
+        await client.sign_on(services=())
+        return client
 
     async def assert_stored(self, expected):
         self.assertEqual(await registry_values(PROXY), expected)
@@ -127,40 +133,30 @@ class SetUp(Desk):
         await until(shown_minimized, "the client's windows, minimized")
 
     async def test_cancel_at_the_first_box_spares_the_client_and_leaves_the_values_written(self):
-        await self.aim.start()
-        await self.aim.signs_on("directly")
-        await self.start()
-        await self.answers((FINAL_SETUP, CANCEL))
-        await self.relays()
-        await self.assert_stored(SET_UP)
-        self.assert_undisturbed("directly")
+        await self.stays_as_it_is(SET_UP, (FINAL_SETUP, CANCEL))
 
     async def test_cancel_at_the_second_box_spares_the_client(self):
-        await self.aim.start()
-        await self.aim.signs_on("directly")
-        await self.start()
-        await self.answers((FINAL_SETUP, OK), (WILL_CLOSE, CANCEL))
-        await self.relays()
-        await self.assert_stored(SET_UP)
-        self.assert_undisturbed("directly")
-
-    async def test_a_client_that_is_set_up_already_is_left_alone(self):
-        await self.aim.start()
-        await self.aim.signs_on("directly")
-        # A port in digits reads the same; writing would make it a number.
-        await registry_set(PROXY, Enabled=1, Host="127.0.0.1", Port="11080", Protocol="SOCKS4")
-        await self.start()
-        await self.relays()
-        await self.assert_stored(SET_UP | {"Port": ("REG_SZ", "11080")})
-        self.assert_undisturbed("directly")
+        await self.stays_as_it_is(SET_UP, (FINAL_SETUP, OK), (WILL_CLOSE, CANCEL))
 
     async def test_nothing_is_set_up_when_the_user_does_not_want_it(self):
+        await self.stays_as_it_is({}, setupaim="0")
+
+    async def test_a_client_that_is_set_up_already_is_left_alone(self):
+        # A port in digits reads the same; writing would make it a number.
+        ours = {"Enabled": 1, "Host": "127.0.0.1", "Port": "11080", "Protocol": "SOCKS4"}
+        await self.stays_as_it_is(SET_UP | {"Port": ("REG_SZ", "11080")}, proxy=ours)
+
+    async def stays_as_it_is(self, stored, *boxes, proxy=(), **settings):
+        """The client runs and does nothing but sign on, once, whatever is asked and stored meanwhile."""
         await self.aim.start()
         await self.aim.signs_on("directly")
-        await self.start(setupaim="0")
+        await registry_set(PROXY, **dict(proxy))
+        await self.start(**settings)
+        await self.answers(*boxes)
         await self.relays()
-        await self.assert_stored({})
-        self.assert_undisturbed("directly")
+        await self.assert_stored(stored)
+        self.assertEqual([line for _, line in self.aim.log()],
+                         ["has started", "signs on directly", f"is signed on as {SCREEN_NAME}"])
 
     async def test_the_first_start_ever_sets_up_a_client_that_does_not_run_without_a_word(self):
         await self.wrenlow.start()
@@ -169,11 +165,6 @@ class SetUp(Desk):
         self.assertEqual((await registry_values(SETTINGS))["setupaim"], ("REG_SZ", "1"))
         await self.aim.start()
         await self.aim.signs_on(THROUGH_US)
-
-    def assert_undisturbed(self, way):
-        """The client has done nothing but sign on, once."""
-        self.assertEqual([line for _, line in self.aim.log()],
-                         ["has started", f"signs on {way}", f"is signed on as {SCREEN_NAME}"])
 
 
 class End(Desk):

@@ -5,8 +5,7 @@ import socket
 import tempfile
 from pathlib import Path
 
-from sandbox.client import Client
-from sandbox.desk import OK, SETTINGS, Box, Wrenlow, registry_set, registry_values, until
+from sandbox.desk import OK, PROXY, SETTINGS, Box, Wrenlow, registry_set, registry_values, until
 from sandbox.program import of_windows, run_in_wine
 from tests.desk.test_aim_client import Desk
 
@@ -24,12 +23,6 @@ class Program(Desk):
     async def start_listening(self):
         await self.start(setupaim="0")
         await self.wrenlow.wait_until_listening()
-
-    async def client(self, name):
-        client = Client(name, (self.service.host, self.service.port), ("127.0.0.1", Wrenlow.PORT))
-        self.addAsyncCleanup(client.close)
-        await client.sign_on(services=())
-        return client
 
     async def opens_about(self):
         await self.hand.do(ABOUT, "chosen")
@@ -106,15 +99,12 @@ class Program(Desk):
     async def test_a_folder_that_the_code_page_cannot_name(self):
         """Of a user who is called so: the program starts there, finds its aliases and AIM's files, logs, and Windows is told
         where it is."""
-        above = tempfile.TemporaryDirectory()
-        self.addCleanup(above.cleanup)
-        home = Path(above.name, "\u0141ukasz \u041f\u0440\u0438\u0432\u0435\u0442")
+        above, logs = self.folder(), self.folder()
+        home = Path(above, "\u0141ukasz \u041f\u0440\u0438\u0432\u0435\u0442")
         home.mkdir()
         self.wrenlow = Wrenlow(shutil.copy(self.build / self.PROGRAM, home))
         self.addAsyncCleanup(self.wrenlow.close)
-        logs = tempfile.TemporaryDirectory()
-        self.addCleanup(logs.cleanup)
-        await registry_set(SETTINGS, setupaim="0", onstartup="1", logims="1", logwhere="Z:" + logs.name.replace("/", "\\"))
+        await registry_set(SETTINGS, setupaim="0", onstartup="1", logims="1", logwhere="Z:" + logs.replace("/", "\\"))
         data = home / "AppData"
         (data / "Aim/tomsample").mkdir(parents=True)
         before = (await registry_values(VOLATILE))["APPDATA"][1]
@@ -129,7 +119,7 @@ class Program(Desk):
         self.assertEqual(await ada.hear(), ("Fred", "hello"))
         self.assertEqual({path.name for path in home.iterdir()},
                          {"AppData", "wrenlow.exe", "repl.dat", "localdata.txt", "remotedata.txt"})
-        self.assertEqual({path.name.split()[0] for path in Path(logs.name).iterdir()}, {"Ada", "Fred"})
+        self.assertEqual({path.name.split()[0] for path in Path(logs).iterdir()}, {"Ada", "Fred"})
         await self.hand.do(EDIT_PROFILE, "chosen")
         await self.shows("Edit Profile")
         await self.hand.do("select Edit Profile\t0\t1", "selected")
@@ -137,10 +127,10 @@ class Program(Desk):
         await self.hand.do("push Edit Profile\tSave", "closed")
         self.assertEqual((data / "Aim/tomsample/info.htm").read_bytes(), b"<b>Birds</b>\r\n")
         # What reg tells is in a code page, but what it exports is not.
-        await asyncio.to_thread(run_in_wine, of_windows("reg"), "export", RUN, "Z:" + above.name + "/run.reg", "/y")
+        await asyncio.to_thread(run_in_wine, of_windows("reg"), "export", RUN, "Z:" + above + "/run.reg", "/y")
         program = "Z:" + str(home / "wrenlow.exe").replace("/", "\\")
         self.assertIn('"Wrenlow"="%s"' % program.replace("\\", "\\\\"),
-                      Path(above.name, "run.reg").read_text(encoding="utf-16"))
+                      Path(above, "run.reg").read_text(encoding="utf-16"))
 
     async def test_a_taskbar_that_is_restarted_again_and_again_disturbs_nobody(self):
         await self.start_listening()
@@ -174,3 +164,17 @@ class Program(Desk):
         await self.hand.do("push Settings\tInstant Messages", "checked")
         await self.hand.do("push Settings\tOK", "closed")
         await becomes(OPAQUE)
+
+    async def test_before_anybody_has_connected_the_window_tells_of_the_client(self):
+        async def says(text):
+            async def is_said():
+                return "No client has connected yet" + text in (await self.hand.ask("read Wrenlow")).split("\t")
+            await until(is_said, text)
+        await self.start_listening()
+        await self.hand.do("open", "open")
+        await says(". AIM is not running.")
+        await self.aim.start()
+        await self.aim.signs_on("directly")
+        await says(". AIM runs, but it is not set up to use Wrenlow.")
+        await registry_set(PROXY, Enabled=1, Host="127.0.0.1", Port=11080, Protocol="SOCKS4")
+        await says(", although AIM runs and is set up to use Wrenlow.")

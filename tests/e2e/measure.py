@@ -29,11 +29,6 @@ def stat(path):
     return Path(path, "stat").read_text(encoding="ascii").rsplit(")", 1)[1].split()
 
 
-def processor_seconds(pid):
-    fields = stat(f"/proc/{pid}")
-    return (int(fields[11]) + int(fields[12])) / TICKS
-
-
 @dataclass
 class Socket:
     """One end of a connection on this machine, as in /proc/net/tcp."""

@@ -4,8 +4,8 @@ import asyncio
 import fcntl
 import os
 import re
+import socket
 import struct
-import tempfile
 import termios
 
 from sandbox.client import Client, socks4_request
@@ -78,10 +78,10 @@ class RelayTest(BoundedTest):
         self.addCleanup(lambda: self.assertEqual([fault.text for fault in service.faults], []))
         return service
 
-    def client(self, name, service=None, victim=False, **options):
-        """A client of the service; a victim's connections may break."""
+    def client(self, name, service=None, victim=False, through=None, **options):
+        """A client of the service, through the shared program or another one; a victim's connections may break."""
         service = service or self.service
-        client = Client(name, (service.host, service.port), program.address, **options)
+        client = Client(name, (service.host, service.port), (through or program).address, **options)
         if not victim:
             self.addCleanup(lambda: self.assertEqual(client.faults, []))
         self.addAsyncCleanup(client.close)
@@ -106,6 +106,17 @@ class RelayTest(BoundedTest):
         server = await asyncio.start_server(lambda reader, writer: arrivals.put_nowait((reader, writer)), "127.0.0.1", 0)
         self.addCleanup(server.close)
         return server.sockets[0].getsockname()[1], lambda: within(arrivals.get(), "a connection at the bare server")
+
+    def silent_port(self, host, port=0):
+        """Where calls are neither taken nor refused: the queue of those that wait to be taken is full."""
+        silent = socket.create_server((host, port), backlog=0)
+        self.addCleanup(silent.close)
+        for _ in range(2):  # as many as Linux lets wait, and one
+            waiting = socket.socket()
+            self.addCleanup(waiting.close)
+            waiting.setblocking(False)
+            waiting.connect_ex(silent.getsockname())
+        return silent.getsockname()[1]
 
     async def pair(self):
         """Both ends of a connection through the program, greetings exchanged: client's and server's (reader, writer)."""
@@ -143,11 +154,6 @@ class FeatureTest(RelayTest):
     def aliases(self, data):
         """Writes the list that new connections will read; None: there is none."""
         write_aliases(target.data, data)
-
-    def folder(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        return folder.name
 
     def logs(self, folder):
         """What all logs below the folder hold, by path; dates in names and times in lines are masked."""

@@ -86,10 +86,3 @@ class BuddyLists(FeatureTest):
     @staticmethod
     async def has(hand, command, text):
         return text in await hand.ask(command)
-
-    async def test_what_an_older_client_tells_is_kept(self):
-        ada = self.client("Older Client")
-        await ada.sign_on(("tomsample", "Bob Sample"), services=())
-        await asyncio.to_thread(wait_until, lambda: self.kept("olderclient"), "the list to be kept")
-        with open(os.path.join(support.target.data, "buddies", self.kept("olderclient")[0]), encoding="ascii") as file:
-            self.assertIn('buddy "Bob Sample" group 1 item 2\n', file.read())

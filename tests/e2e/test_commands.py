@@ -1,15 +1,18 @@
-"""Frames that the program puts into a session of its own accord, asked for on wrenlow-relay's standard input. A gap or a
-repeat in the numbers, or a mixed-up frame, would end the connection as a fault of the service."""
+"""The console of wrenlow-relay. Frames that the program puts into a session of its own accord are asked for there; a gap or a
+repeat in the numbers, or a mixed-up frame, would end the connection as a fault of the service. And whatever happens to input,
+output and folders, nobody is held up."""
 import asyncio
 import contextlib
 import os
 import signal
+import socket
 import tempfile
 
-from sandbox.client import connect
-from sandbox.wire import DATA, HELLO, SIGN_ON, snac, tlv
+from sandbox.wire import DATA, snac, tlv
 from tests.e2e import support
-from tests.e2e.support import RelayTest, frame, within
+from tests.e2e.support import RelayTest, within
+
+VISITORS = 3_000  # two lines each: more than a pipe takes
 
 TYPE = b'text/aolrtf; charset="us-ascii"'
 UCS2 = b'text/aolrtf; charset="unicode-2-0"'
@@ -48,6 +51,12 @@ class Commands(RelayTest):
             self.skipTest("wrenlow.exe has dialogs instead, tested with its windows")
         await super().asyncSetUp()
 
+    def start(self, **options):
+        """A program of the test's own."""
+        program = support.start(**options)
+        self.addCleanup(program.kill)
+        return program
+
     async def answers(self, line, answer):
         """Types a line and waits for the answer."""
         before = len(support.program.output())
@@ -80,20 +89,6 @@ class Commands(RelayTest):
         self.assertEqual(self.payloads("Ada Sample")[-len(COMMANDS) - 1:-1], [payload for _, payload in COMMANDS])
         self.assertEqual(len(ada.bos.frames.items), frames_before)  # the client was shown nothing of it
 
-    async def test_everybody_means_everybody_and_nobody_else_is_guessed(self):
-        clients = [self.client(name) for name in ("Ada Sample", "tomsample")]
-        for client in clients:
-            await client.sign_on()
-        await self.answers("away fred lost", '"fred" is not signed on. "names" lists who is; leave the blanks of a name out.')
-        await self.answers("away (all) out to lunch", "Sent for tomsample.")
-        await self.answers("back tomsample", "Sent for tomsample.")
-        await self.answers("names", "tomsample")
-        for client, expected in zip(clients, ([away(b"out to lunch")], [away(b"out to lunch"), away(b"")])):
-            await client.say(client.name, "to myself")
-            await client.hear()
-            self.assertEqual([payload for payload in self.payloads(client.name) if payload.startswith(b"\0\2\0\4")],
-                             expected)
-
     async def test_a_line_that_is_too_long_is_left_out_to_its_end(self):
         await self.answers("x" * 65_536 + "quit", "A command of more than 65536 bytes was left out.")
         await self.answers("names", "Nobody is signed on.")
@@ -103,14 +98,12 @@ class Commands(RelayTest):
         await self.answers("help", "NAME is a screen name without its blanks, or (all).")
         whole = set(support.program.output()[before:].splitlines())
         ours, its = os.openpty()
-        program = support.start(output=its)
+        program = self.start(output=its)
         self.addCleanup(os.close, ours)
-        self.addCleanup(program.kill)
         os.close(its)
         program.say("help\n" * 1000)
         program.say("names\n")
-        self.assertEqual(await self.through(program), HELLO)
-        await asyncio.to_thread(program.bystander.how_it_goes)
+        await self.expect_works(program)
         program.ask_to_end()
         self.assertEqual(program.wait(), 0)
         shown = b""
@@ -124,26 +117,45 @@ class Commands(RelayTest):
     async def test_streams_that_are_closed_at_the_start_do_no_harm(self):
         for closed in ("<&-", "<&- >&- 2>&-"):
             with self.subTest(closed=closed):
-                program = support.start(closed=closed)
-                self.addCleanup(program.kill)
-                self.assertEqual(await self.through(program), HELLO)
+                program = self.start(closed=closed)
+                await self.expect_works(program)
                 program.ask_to_end()
                 self.assertEqual(program.wait(), 0)
 
-    async def through(self, program):
-        """What a server gets of a first frame that is sent through the program."""
-        reader, writer = await connect(program.address, self.service.host, self.service.port)
-        self.addCleanup(writer.close)
-        writer.write(frame(SIGN_ON, 1, HELLO))
-        return (await within(reader.readexactly(10)))[6:]
+    async def expect_works(self, program):
+        """Somebody signs on and hears himself; the bystander is heard, too."""
+        ada = self.client("Ada", through=program)
+        await ada.sign_on()
+        await ada.say("Ada", "still there?")
+        self.assertEqual(await ada.hear(), ("Ada", "still there?"))
+        await asyncio.to_thread(support.Bystanders.ask, program.bystander, self)
+
+    async def test_output_that_nobody_reads_and_then_nobody_can(self):
+        reading, writing = os.pipe()
+        program = self.start(output=writing)
+        os.close(writing)
+        await asyncio.to_thread(self.visit, program, VISITORS)
+        await self.expect_works(program)
+        os.close(reading)
+        await asyncio.to_thread(self.visit, program, 10)
+        await self.expect_works(program)
+        program.ask_to_end()
+        self.assertEqual(await asyncio.to_thread(program.wait), 0)
+
+    def visit(self, program, times):
+        for _ in range(times):
+            with socket.create_connection(program.address, timeout=20) as connection:
+                connection.shutdown(socket.SHUT_WR)
+                connection.recv(1)
+
+    async def test_a_data_folder_that_nothing_can_be_written_to(self):
+        await self.expect_works(self.start(data="/proc/self/fdinfo"))
 
     async def test_input_in_pieces_or_from_a_file_is_read_and_its_end_ends_the_commands_and_nothing_else(self):
         with tempfile.TemporaryFile() as file:
             file.write(b"names\nnames")
             file.seek(0)
-            pipe, from_file = support.start(), support.start(stdin=file)
-        for program in (pipe, from_file):
-            self.addCleanup(program.kill)
+            pipe, from_file = self.start(), self.start(stdin=file)
         pipe.say("names", "\nna")
         await self.says(pipe, "Nobody is signed on.")
         pipe.say("mes", "\r\n\n")
@@ -151,6 +163,6 @@ class Commands(RelayTest):
         for program, number in ((pipe, signal.SIGINT), (from_file, signal.SIGHUP)):
             await self.says(program, "standard input has ended, and commands with it; Ctrl-C ends the program")
             self.assertEqual(program.output().count("Nobody is signed on."), 2)
-            self.assertEqual(await self.through(program), HELLO)
+            await self.expect_works(program)
             program.ask_to_end(number)
             self.assertEqual(program.wait(), 0)

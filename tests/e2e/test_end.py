@@ -1,17 +1,16 @@
 """The end of the program; the next test begins with a new one."""
 import asyncio
 import socket
-import struct
 
+from sandbox.client import socks4_request
 from sandbox.desk import Hand
 from sandbox.record import PATIENCE
 from sandbox.wire import DATA, HELLO, SIGN_ON
 from tests.e2e import support
-from tests.e2e.support import RelayTest, waiting_in_the_kernel, within
+from tests.e2e.support import RelayTest, frame, waiting_in_the_kernel, within
 from tests.e2e.target import listens, wait_until
 
-SIZE = 994  # bytes of payload: with the header 1000
-FRAME = 1000
+FRAME = 1000  # bytes, the header among them
 FRAMES = 32_000  # together far more than all buffers between the server and a reader that does not read
 
 
@@ -40,11 +39,11 @@ class End(RelayTest):
         slow.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, 4096)
         slow.connect(support.program.address)
         self.addCleanup(slow.close)
-        slow.sendall(struct.pack(">BBH4sB", 4, 1, port, b"\x7f\0\0\1", 0))
+        slow.sendall(socks4_request("127.0.0.1", port))
         self.assertEqual(slow.recv(8, socket.MSG_WAITALL)[:2], b"\0\x5A")
-        slow.sendall(struct.pack(">BBHH", 0x2A, SIGN_ON, 1, 4) + HELLO)
+        slow.sendall(frame(SIGN_ON, 1, HELLO))
         _, server = await next_arrival()
-        stream = b"".join(struct.pack(">BBHH", 0x2A, DATA, number & 0xFFFF, SIZE) + bytes(SIZE) for number in range(FRAMES))
+        stream = b"".join(frame(DATA, number, bytes(FRAME - 6)) for number in range(FRAMES))
         server.write(stream)
         taken = len(stream) - await within(left_when_nothing_moves(server))
 

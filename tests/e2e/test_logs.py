@@ -1,7 +1,5 @@
 """A conversation of two clients in the log files. A line is written before its message goes on, so there is nothing to
 wait for."""
-from sandbox.client import CHAT
-from sandbox.wire import tlv
 from tests.e2e import support
 from tests.e2e.support import FeatureTest
 
@@ -80,18 +78,3 @@ class Logs(FeatureTest):
         self.assertEqual(logs["Fred DATE.txt"], b"Ada Sample (TIME): to Fred\r\nFred (TIME): from Fred\r\n"
                                                 b"Ada Sample (TIME): to his own name\r\n")
         self.assertFalse([name for name in logs if name.lower().startswith("tom")])
-
-    async def test_a_chat_room_is_a_file_of_its_name(self):
-        await self.sign_on()
-        folder = self.log_to()
-        self.settings(logchat="1")
-        ada, tom = await self.ada.enter_room(), await self.tom.enter_room()
-        for line in (ada, tom):
-            await line.take(CHAT, 2)  # which tells the room's name
-        comes_back = tlv(6)
-        for speaker, asks, text in ((ada, comes_back, b"<b>hello</b>"), (tom, comes_back, b"hi"), (ada, b"", b"bye")):
-            await speaker.send_snac(CHAT, 5, bytes(8) + b"\0\3" + tlv(1) + asks + tlv(5, tlv(1, text)))
-            for line in (ada, tom) if asks else (tom,):
-                await line.take(CHAT, 6)
-        said = [b"Ada Sample (TIME): hello\r\n", b"tomsample (TIME): hi\r\n", b"Ada Sample (TIME): bye\r\n"]
-        self.assertEqual(self.logs(folder), {"Poets DATE.txt": b"".join(line * 2 for line in said)})

@@ -2,7 +2,6 @@
 // suite.
 #include "os/SettingsFile.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
 #include <sys/resource.h>
@@ -10,21 +9,18 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <fstream>
 #include <functional>
 #include <string>
 
-#include "base/Trap.h"
+#include "os/Files.h"
 #include "os/RegistryStore.h"
 #include "os/posix/SettingsText.h"
+#include "tests/unit/Reported.h"
 
 namespace {
 
 const std::string kTopKey = "software\\Wrenlow\\";
-
-std::string reports;
-void KeepReport(const std::string& description, std::int32_t, const std::string& where, std::int16_t) {
-    reports += where + " " + description + ";";
-}
 
 class SettingsFile : public testing::Test {
  protected:
@@ -40,19 +36,8 @@ class SettingsFile : public testing::Test {
         rmdir(folder_.c_str());
     }
 
-    void PutFile(const std::string& text) {
-        const int file = open(path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        ASSERT_EQ(write(file, text.data(), text.size()), static_cast<ssize_t>(text.size()));
-        close(file);
-    }
-    std::string FileText() {
-        std::string text(1 << 16, '\0');
-        const int file = open(path_.c_str(), O_RDONLY);
-        const auto size = read(file, text.data(), text.size());
-        close(file);
-        text.resize(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
-        return text;
-    }
+    void PutFile(const std::string& text) { std::ofstream(path_) << text; }
+    std::string FileText() { return os::ReadWholeFile(os::Path::FromSystem(path_), 1 << 16).value_or(""); }
     static std::string Read(const std::string& name, const std::string& key = kTopKey) {
         const auto value = os::ReadRegistryValue(os::RegistryHive::CurrentUser, key, name, 4096);
         return value ? value->data : "(nothing)";
@@ -151,20 +136,21 @@ TEST_F(SettingsFile, AFileThatCannotBeReadIsToldOnceAndChangesNothing) {
         {"Is a directory", [this] { ASSERT_EQ(mkdir(path_.c_str(), 0700), 0); }},
         {"Too many levels of symbolic links", [this] { ASSERT_EQ(symlink("settings", path_.c_str()), 0); }},
     };
-    const auto earlier = SetErrorReporter(KeepReport);
     for (const auto& [reason, spoil] : cases) {
-        reports.clear();
+        const Reported reported;
         PutFile("logims=1\n");
         EXPECT_EQ(Read("logims"), "1");
         unlink(path_.c_str());
         spoil();
         EXPECT_EQ(Read("logims") + Read("logims"), "11");
         EXPECT_FALSE(Write("logims", "0"));
-        EXPECT_EQ(reports,
-                  "modRegistry:QueryValue The settings file " + path_ + " cannot be read: " + reason + ";");
+        ASSERT_EQ(Reported::reports.size(), 1u) << reason;
+        EXPECT_EQ(Reported::reports[0].where, "modRegistry:QueryValue");
+        EXPECT_EQ(Reported::reports[0].description,
+                  "The settings file " + path_ + " cannot be read: " + reason);
         if (unlink(path_.c_str()) != 0) rmdir(path_.c_str());
     }
-    reports.clear();
+    const Reported reported;
     PutFile("logims=1\n");
     EXPECT_EQ(Read("logims"), "1");
     rlimit limit{};
@@ -174,8 +160,8 @@ TEST_F(SettingsFile, AFileThatCannotBeReadIsToldOnceAndChangesNothing) {
     const auto withoutDescriptors = Read("logims");
     setrlimit(RLIMIT_NOFILE, &limit);
     EXPECT_EQ(withoutDescriptors, "1");
-    EXPECT_TRUE(reports.ends_with("Too many open files;")) << reports;
-    SetErrorReporter(earlier);
+    ASSERT_EQ(Reported::reports.size(), 1u);
+    EXPECT_TRUE(Reported::reports[0].description.ends_with("Too many open files"));
 }
 
 TEST_F(SettingsFile, KeepsALinkAndThePermissions) {

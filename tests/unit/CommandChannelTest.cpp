@@ -1,5 +1,6 @@
 #include "app/relay/CommandChannel.h"
 
+#include "features/modAwayIdleProf.h"
 #include "features/waiting/WaitingMessages.h"
 #include "tests/unit/Rig.h"
 
@@ -28,6 +29,16 @@ TEST_F(CommandChannelTest, WhatCannotBeMeantIsRefusedAndSendsNothing) {
     EXPECT_TRUE(channel_.Execute("").empty());
     EXPECT_EQ(pair.server.TakeReceived(), "");
     EXPECT_TRUE(rig_.Reports().empty());
+}
+
+TEST_F(CommandChannelTest, EverybodyMeansEverybodyAndANameItsOwn) {
+    auto first = rig_.SignOn("My Name"), second = rig_.SignOn("tom");
+    const auto away = [](const std::string& text) { return modAwayIdleProf::MakeAwayFlap(text).Data(); };
+    EXPECT_EQ(channel_.Execute("names"), (Lines{"My Name", "tom"}));
+    EXPECT_EQ(channel_.Execute("away (all) out to lunch"), (Lines{"Sent for My Name.", "Sent for tom."}));
+    EXPECT_EQ(channel_.Execute("back tom"), (Lines{"Sent for tom."}));
+    EXPECT_EQ(first.server.TakeReceived(), Frame(2, 2, away("out to lunch")));
+    EXPECT_EQ(second.server.TakeReceived(), Frame(2, 2, away("out to lunch")) + Frame(2, 3, away("")));
 }
 
 TEST_F(CommandChannelTest, EndsOnlyOnQuit) {

@@ -208,8 +208,15 @@ TEST_F(ConnectionsTest, TheVerdictSaysWhatBecameOfTheLastSignOn) {
              test.Authorise(SentTo("203.0.113.6:5190"));
              End(test.BeginSession(test.Ask("203.0.113.6")).server);
          }},
+        {State::EndedByClient, "AIM ended the connection before My Name was signed on.",
+         [](Access& test) {
+             test.Authorise(SentTo("203.0.113.6:5190"));
+             End(test.BeginSession(test.Ask("203.0.113.6")).client);
+         }},
         {State::SignedOff, "My Name was signed on; the session was ended by the client.",
          [](Access& test) { End(test.SignOn().client); }},
+        {State::SignedOff, "My Name was signed on; the session was ended by the server.",
+         [](Access& test) { End(test.SignOn().server); }},
     };
     for (const auto& [state, text, happens] : cases) {
         Access test;

@@ -1,5 +1,6 @@
-// The frame stream: the same frames come out however the bytes are cut, and four bytes without a length field
-// are a frame exactly when they ought to be.
+// The frame stream: the same frames come out however the bytes are cut, and silence and ends make a frame of
+// four bytes without a length field when they ought to. What follows such bytes decides too: that the fuzz
+// target "arrival" compares with a reader of its own.
 #include "core/FlapStream.h"
 
 #include <gtest/gtest.h>
@@ -45,29 +46,6 @@ TEST(FlapStream, GivesTheSameFramesForAnyTwoCuts) {
     for (std::size_t first = 0; first <= bytes.size(); ++first) {
         for (std::size_t second = first; second <= bytes.size(); ++second) {
             ASSERT_EQ(FramesOf(bytes, first, second), frames) << first << " " << second;
-        }
-    }
-}
-
-TEST(FlapStream, FourBytesThatAFrameFollowsWereAnEmptyFrame) {
-    const auto next = Frame(2, 11, "y");
-    const auto begin = kBefore + kGoodbye;
-    for (std::size_t cut = 0; cut < next.size(); ++cut) {
-        EXPECT_EQ(FramesOf(begin + next, begin.size(), begin.size() + cut),
-                  (Frames{kBefore, kEmptyFrame, next}))
-            << cut;
-    }
-}
-
-TEST(FlapStream, FourBytesThatSomethingElseFollowsWereAHeader) {
-    // Lengths whose bytes begin like a marker, a marker and channel, and a frame with the wrong number.
-    for (const auto& length : {"00 05"_hex, "2A 00"_hex, "2A 06"_hex, "2A 02"_hex}) {
-        const auto begin = kBefore + "2A 02 00 0A"_hex;
-        const auto rest = length + ByteString(static_cast<std::size_t>(GetWord(length, 1)), 'p');
-        for (std::size_t cut = 0; cut < 5; ++cut) {
-            ASSERT_EQ(FramesOf(begin + rest, begin.size(), begin.size() + cut),
-                      (Frames{kBefore, "2A 02 00 0A"_hex + rest}))
-                << HexDump(length) << cut;
         }
     }
 }

@@ -79,7 +79,7 @@ TEST_F(HostileFrames, NoDamagedLengthLosesOrChangesAFrame) {
         for (const auto& data : Damaged(kind.data)) {
             const auto snac = Snac(kind.family, kind.subtype, data);
             Rig::Reports().clear();
-            client.Feed(Frame(2, 0, snac));
+            client.Feed("\xFF" + Frame(2, 0, snac).substr(1));  // marker and number are put right
             server.Feed(Frame(2, 0, snac));
             ASSERT_EQ(server.TakeReceived().substr(0, compared),
                       Frame(2, fromClient++, snac).substr(0, compared))

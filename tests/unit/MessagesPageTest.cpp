@@ -30,15 +30,7 @@ struct MessagesPageTest : FreshWorld {
         net::RunEventLoopUntil([] { return false; }, 3 * WrenlowPage::kRefreshMs);
     }
 
-    std::string Rows(const char* list, int columns) {
-        std::string all;
-        for (int row = 0; row < form.Window().RowCount(list); ++row) {
-            for (int column = 0; column < columns; ++column)
-                all += form.Window().Cell(list, row, column) + "|";
-            all += "\n";
-        }
-        return all;
-    }
+    Texts Rows(const char* list, int columns) { return FreshWorld::Rows(form.Window(), list, columns); }
 
     frmWrenlow form;
     DialogUser user{form.Window()};
@@ -47,9 +39,9 @@ struct MessagesPageTest : FreshWorld {
 }  // namespace
 
 TEST_F(MessagesPageTest, ShowsNamesDaysAndConversations) {
-    EXPECT_EQ(Rows("logNames", 2), "Ada|1|\nFred|2|\n");
+    EXPECT_EQ(Rows("logNames", 2), (Texts{"Ada|1", "Fred|2"}));
     user.Choose("logNames", 1);
-    EXPECT_EQ(Rows("logDays", 1), "2004-05-07|\n2004-05-06|\n");
+    EXPECT_EQ(Rows("logDays", 1), (Texts{"2004-05-07", "2004-05-06"}));
     EXPECT_EQ(form.Window().Text("logText"), "00:00:01 Fred: later\r\n");
     user.Choose("logDays", 1);
     EXPECT_EQ(form.Window().Text("logText"),
@@ -67,7 +59,7 @@ TEST_F(MessagesPageTest, ShowsNamesDaysAndConversations) {
     user.Choose("SSTab1", 0);
     form.Start("Messages");
     Wait();
-    EXPECT_EQ(Rows("logNames", 2), "Ada|1|\nBob|1|\nFred|2|\n");
+    EXPECT_EQ(Rows("logNames", 2), (Texts{"Ada|1", "Bob|1", "Fred|2"}));
     EXPECT_EQ(form.Window().Value("logNames"), 2) << "what was chosen stays chosen";
 }
 
@@ -75,7 +67,7 @@ TEST_F(MessagesPageTest, FindsAsOneTypesAndEnterGoesThere) {
     user.Type("logSearch", "hel");
     Wait();
     EXPECT_FALSE(user.Sees("logNames"));
-    EXPECT_EQ(Rows("logHits", 3), "Fred|2004-05-06|[hello]|\nAda|2004-05-06|*[hel]*p \xD0\xBC|\n");
+    EXPECT_EQ(Rows("logHits", 3), (Texts{"Fred|2004-05-06|[hello]", "Ada|2004-05-06|*[hel]*p \xD0\xBC"}));
     EXPECT_EQ(form.Window().Text("logStatus"), "2 messages");
     user.Choose("logHits", 0);
     EXPECT_EQ(user.Marked("logText"), "hello");

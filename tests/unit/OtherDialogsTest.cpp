@@ -18,13 +18,7 @@ struct Replacer : FormRig {
         return User(kReplacer);
     }
     static std::string Saved() { return os::fake::FileText(kFile).value_or("no file"); }
-    static Texts Rows(const User& user) {
-        Texts rows;
-        for (int row = 0; row < user.Window().RowCount("lvNames"); ++row)
-            rows.push_back(user.Window().Cell("lvNames", row, 0) + "=" +
-                           user.Window().Cell("lvNames", row, 1));
-        return rows;
-    }
+    static Texts Rows(const User& user) { return FormRig::Rows(user.Window(), "lvNames", 2); }
     static void Add(User& user, const std::string& screenName, const std::string& replacement) {
         user.Type("txtScreenname", screenName);
         user.Type("txtReplace", replacement);
@@ -42,7 +36,7 @@ TEST_F(Replacer, EditsTheListOfTheFileByButtonsAndByEnter) {
     Add(user, "New Name", "Pebbles ");
     EXPECT_EQ(user.Window().Text("txtScreenname") + user.Window().Text("txtReplace"), "");
     EXPECT_TRUE(user.HasFocus("txtScreenname"));
-    EXPECT_EQ(Rows(user), (Texts{"asdf 1234=Fred", "Qwerty 9=Wilma", "New Name=Pebbles "}));
+    EXPECT_EQ(Rows(user), (Texts{"asdf 1234|Fred", "Qwerty 9|Wilma", "New Name|Pebbles "}));
     user.Choose("lvNames", 0);
     user.Press("cmdRemove");
     user.Choose("lvNames", 1);
@@ -100,7 +94,7 @@ TEST_F(Replacer, LosesNothingThatStandsInTheFile) {
     const std::string damaged("zero\0byte\r\nal\0ias\r\n", 19);
     os::fake::PutFile(kFile, damaged);
     auto user = Open();
-    EXPECT_EQ(Rows(user), Texts{"zero?byte=al?ias"});
+    EXPECT_EQ(Rows(user), Texts{"zero?byte|al?ias"});
     Add(user, "zx", "Dino");
     user.Press("cmdSave");
     EXPECT_EQ(Saved(), damaged + "zx\r\nDino\r\n");

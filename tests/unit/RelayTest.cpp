@@ -34,6 +34,15 @@ TEST(Handshake, NothingOfARequestInPiecesIsReadAsAFrame) {
     }
 }
 
+TEST(Handshake, WhatTheClientSendsBeforeTheReplyIsDropped) {
+    Rig rig;
+    auto& client = rig.Connect();
+    client.Feed(Frame(1, 1, "too early") + "and more");
+    Accept(Rig::LastServer());
+    client.Feed(Frame(1, 1, "hello"));
+    EXPECT_EQ(Rig::LastServer().Received(), Frame(1, 1, "hello"));
+}
+
 TEST(Handshake, AUserNameWithoutItsNulEndsWhereTheFirstFrameBegins) {
     Rig rig;
     auto& client = Rig::ConnectSilently();
@@ -101,6 +110,21 @@ TEST(Relay, TheServersGoodbyeArrivesAsAnEmptyFrame) {
         }
         EXPECT_EQ(client.Received(), goodbye + "00 00"_hex) << alone;
         EXPECT_EQ(client.SawClose(), alone);
+    }
+}
+
+TEST(Close, AFrameThatIsNotFinishedGoesWithItsSender) {
+    for (const auto& part :
+         {"2A"_hex, "2A 02 00"_hex, "2A 02 00 66 10 00"_hex, "2A 02 00 66 10 00 'part'"_hex}) {
+        for (const bool isReset : {false, true}) {
+            Rig rig;
+            auto [client, server] = rig.ConnectTalking();
+            server.Feed(Frame(2, 101, "whole") + part);
+            isReset ? server.Reset() : server.Close();
+            net::ProcessPendingEvents();
+            EXPECT_EQ(client.Received(), Frame(2, 101, "whole")) << HexDump(part);
+            EXPECT_TRUE(client.SawClose());
+        }
     }
 }
 

@@ -7,7 +7,6 @@
 #include <utility>
 #include <vector>
 
-#include "base/Trap.h"
 #include "core/modSocket.h"
 #include "features/Overview.h"
 #include "features/SessionFeatures.h"
@@ -16,6 +15,7 @@
 #include "os/fake/FakeNetwork.h"
 #include "os/fake/FakeWorld.h"
 #include "tests/unit/Messages.h"
+#include "tests/unit/Reported.h"
 
 // What a peer does, and all that follows from it.
 inline void Accept(os::fake::Peer& peer) {
@@ -26,12 +26,6 @@ inline void End(os::fake::Peer& peer) {
     peer.Close();
     net::ProcessPendingEvents();
 }
-
-// What was reported while the rig stood.
-struct Report {
-    std::string description, where;
-    std::int32_t number;
-};
 
 class Rig {
  public:
@@ -89,7 +83,7 @@ class Rig {
         return pair;
     }
 
-    static std::vector<Report>& Reports() { return reports_; }
+    static std::vector<Report>& Reports() { return Reported::reports; }
     Relay& TheRelay() { return relay_; }
     Overview& TheOverview() { return overview_; }
 
@@ -99,20 +93,11 @@ class Rig {
  private:
     // Around everything else: an empty world, and an ear for reports.
     struct World {
-        World() {
-            os::fake::ResetWorld();
-            reports_.clear();
-        }
-        ~World() { SetErrorReporter(previous); }
-
-        ErrorReporter previous = SetErrorReporter(
-            [](const std::string& description, std::int32_t number, const std::string& where, std::int16_t) {
-                reports_.push_back({description, where, number});
-            });
+        World() { os::fake::ResetWorld(); }
     };
 
-    static inline std::vector<Report> reports_;
     World world_;
+    Reported reported_;
     Relay relay_;
     Overview overview_{relay_};
 };

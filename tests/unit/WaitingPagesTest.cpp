@@ -24,11 +24,6 @@ struct WaitingPages : FreshWorld {
                                    .shownTo = buddy,
                                    .data = OutgoingData(buddy, Tlv(2, MessageData(text)))});
     }
-    std::string Row(const char* list, int row, int columns) {
-        std::string text;
-        for (int column = 0; column < columns; ++column) text += form->Window().Cell(list, row, column) + "|";
-        return text;
-    }
     void Open(const char* page) {
         form.emplace();
         form->Start(page);
@@ -48,7 +43,7 @@ TEST_F(WaitingPages, MessagesAreShownSentAndDeleted) {
     Keep("ada", "<B>second</B>");
     Open("Waiting");
     auto& window = form->Window();
-    EXPECT_EQ(Row("waitList", 1, 5), "ada|me|2001-09-09 01:46:40|1|second|");
+    EXPECT_EQ(Rows(window, "waitList", 5)[1], "ada|me|2001-09-09 01:46:40|1|second");
     EXPECT_FALSE(window.IsEnabled("waitSend"));
     user->Choose("waitList", 1);
     EXPECT_EQ(window.Text("waitText"), "second");
@@ -79,8 +74,8 @@ TEST_F(WaitingPages, ListsAreComparedExportedImportedAndPutBack) {
                       old + "buddy \"tom\" group 1 item 2\ndeny \"eve\" group 0 item 3\n");
     Open("Buddy lists");
     auto& window = form->Window();
-    EXPECT_EQ(Row("budList", 0, 3), "me|2004-05-07 00:00:00|+2|");
-    EXPECT_EQ(Row("budList", 1, 3), "me|2004-05-06 13:05:09|the first|");
+    EXPECT_EQ(Rows(window, "budList", 3),
+              (Texts{"me|2004-05-07 00:00:00|+2", "me|2004-05-06 13:05:09|the first"}));
     user->Choose("budList", 0);
     EXPECT_EQ(window.Text("budText"), "Against the list before:\r\n+ tom (Friends)\r\n+ deny eve");
     EXPECT_FALSE(window.IsEnabled("budPutBack")) << "nobody is signed on";
@@ -94,7 +89,7 @@ TEST_F(WaitingPages, ListsAreComparedExportedImportedAndPutBack) {
     os::fake::PutFile("/program/bob 1.txt", old);
     os::fake::fileDialogs.answer = "/program/bob 1.txt";
     user->Press("budImport");
-    EXPECT_EQ(Row("budList", 0, 1), "bob|");
+    EXPECT_EQ(Rows(window, "budList", 1)[0], "bob");
     os::fake::PutFile("/program/bob 1.txt", "no list");
     user->Press("budImport");
     EXPECT_EQ(TakeBoxes(), Texts{"Line 1 is no entry of a buddy list"});

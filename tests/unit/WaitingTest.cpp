@@ -298,20 +298,6 @@ TEST_F(FetchTest, AClientThatAsksItselfGetsItsOwnAnswer) {
     EXPECT_EQ(pair->server.TakeReceived(), "");
 }
 
-TEST(WaitingFile, GoesThroughBytesWholeAndDamageIsFound) {
-    const std::vector<WaitingMessage> messages = {
-        {0, kNow, 3, "me", "tom1", "Tom", WaitingTest::Im("tom1"), false},
-        {0, 1, 0, "me", "b", "", WaitingTest::Im("b"), false}};
-    const auto bytes = WaitingBytes(messages);
-    EXPECT_EQ(WaitingBytes(ReadWaiting(bytes)), bytes);
-    for (std::size_t size = 0; size < bytes.size(); ++size) {
-        try {
-            EXPECT_LT(ReadWaiting(bytes.substr(0, size)).size(), messages.size()) << size;
-        } catch (const RuntimeError&) {
-        }
-    }
-}
-
 TEST(RateLimit, HoldsMessagesBackBeforeTheServerWarns) {
     // One class of window 10, clear 5000, warning 4000, ignored 3000, cut off 2000, now 6000, highest 6000,
     // and the five bytes that newer servers add; family 4, subtype 6 is in it.

@@ -140,34 +140,23 @@ TEST_F(PopupMenu, AStoredMenuComesBackWholeWithNewNumbers) {
     EXPECT_EQ(Restored(cPopupMenu().Store()).Count(), 0u);
 }
 
-TEST_F(PopupMenu, DamagedStreamsAreRefusedAndLeaveTheMenuAsItWas) {
-    const auto good = SampleMenu().Store();
+// What is damaged in another way would be stored in another way, which the fuzz target of the streams finds.
+TEST_F(PopupMenu, AStreamOfWhatNoMenuCanHoldIsRefusedAndLeavesTheMenuAsItWas) {
     const auto changed = [](std::string stream, std::size_t at, char byte) {
         stream.at(at) = byte;
         return stream;
     };
     cPopupMenu two;
     two.AddMenuItem("");
+    two.AddMenuItem("", "", false, 0, 1);
     two.AddMenuItem("");
-    const std::size_t head = 8, entry = 16, flags = 3;  // without colours and texts
-    const auto twoDefaults = changed(changed(two.Store(), head + flags, 4), head + entry + flags, 4);
-
-    const std::size_t first = 4 + 1 + 1 + 8 * 3 + 2;  // the first entry
-    std::vector<std::pair<std::string, std::string>> cases = {
-        {good + '\0', "follows its end"},
-        {changed(good, 0, 'X'), "no menu"},
-        {changed(good, 4, 2), "another version"},
-        {changed(good, 5, 2), "colours"},
-        {changed(good, first + 1, 1), "before its parent"},
-        {changed(good, first + 2, 3), "no known kind"},
-        {changed(good, first + 2, 1), "has a sub-menu"},  // "File" as a separator
-        {changed(good, first + 3, 8), "unknown flags"},
-        {changed(good, first - 1, 7), "too early"},  // one entry more than there is
-        {twoDefaults, "two default"},
+    const std::size_t first = 8, third = first + 2 * 16, kind = 2, flags = 3;  // without colours and texts
+    const auto good = two.Store();
+    const std::pair<std::string, const char*> cases[] = {
+        {changed(good, first + kind, 3), "no known kind"},
+        {changed(good, first + kind, 1), "has a sub-menu"},
+        {changed(changed(good, first + flags, 4), third + flags, 4), "two default"},
     };
-    for (std::size_t length = 0; length < good.size(); ++length)
-        cases.emplace_back(good.substr(0, length), "too early");
-
     cPopupMenu menu;
     menu.AddMenuItem("kept", "kept");
     const auto kept = menu.Store();

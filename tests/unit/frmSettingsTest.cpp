@@ -4,7 +4,6 @@
 
 #include "app/services/Settings.h"
 #include "app/services/modRegistry.h"
-#include "base/Trap.h"
 #include "desktop/ApplySettings.h"
 #include "desktop/frmUpdate.h"
 #include "desktop/modTrans.h"
@@ -14,6 +13,7 @@
 #include "os/fake/FakeRegistryStore.h"
 #include "os/fake/FakeTopWindows.h"
 #include "tests/unit/FreshWorld.h"
+#include "tests/unit/Reported.h"
 
 namespace {
 
@@ -30,20 +30,9 @@ constexpr const char* kAway = "Set away message";
 constexpr const char* kBack = "Clear away message";
 constexpr const char* kPanic = "Panic! (Shut down AIM and Wrenlow)";
 
-std::string reported;
-void KeepReport(const std::string& description, std::int32_t number, const std::string& where, std::int16_t) {
-    reported += where + " " + std::to_string(number) + " " + description + ";";
-}
-
 struct Settings : FreshWorld {
-    Settings() : earlierReporter(SetErrorReporter(KeepReport)) {
-        reported.clear();
-        modHotKeys::InitHotKeys(hotKeys, kMainWindow);
-    }
-    ~Settings() override {
-        modHotKeys::ReleaseHotKeys();
-        SetErrorReporter(earlierReporter);
-    }
+    Settings() { modHotKeys::InitHotKeys(hotKeys, kMainWindow); }
+    ~Settings() override { modHotKeys::ReleaseHotKeys(); }
 
     void Open(int page = 0) {
         form.Start();
@@ -69,14 +58,7 @@ struct Settings : FreshWorld {
     }
 
     // The list as the window shows it.
-    Texts Rows() {
-        Texts rows;
-        for (int row = 0; row < dialog.RowCount("lvHotkeys"); ++row) {
-            const auto cell = [&](int column) { return dialog.Cell("lvHotkeys", row, column); };
-            rows.push_back(cell(0) + "/" + cell(1) + "/" + cell(2));
-        }
-        return rows;
-    }
+    Texts Rows() { return FreshWorld::Rows(dialog, "lvHotkeys", 3); }
 
     static std::string Hotkey(const std::string& name) {
         return modRegistry::QueryValue(kHive, kHotkeysKey, name);
@@ -97,7 +79,7 @@ struct Settings : FreshWorld {
         for (const auto& [name, value] : values) EXPECT_EQ(modRegistry::ReadSetting(name), value) << name;
     }
 
-    ErrorReporter earlierReporter;
+    Reported reported;
     cRegHotKey hotKeys;
     frmSettings form;
     os::Dialog& dialog = form.Window();
@@ -204,7 +186,7 @@ TEST_F(Settings, AddingAHotkeyChecksInOrder) {
         for (const auto& box : os::fake::boxes.shown) EXPECT_EQ(box.icon, os::BoxIcon::Error);
         EXPECT_EQ(TakeBoxes(), refusal);
     }
-    EXPECT_EQ(Rows(), (Texts{"Ctrl+Alt+Page Down/Set Away/lunch", "Win+F12/Panic!/"}));
+    EXPECT_EQ(Rows(), (Texts{"Ctrl+Alt+Page Down|Set Away|lunch", "Win+F12|Panic!|"}));
 }
 
 TEST_F(Settings, TheTextBoxIsOpenOnlyForActionsThatNeedIt) {
@@ -238,7 +220,7 @@ TEST_F(Settings, HotkeysAreStoredRegisteredAndReadBack) {
     user.Press("cmdCancel");
     Open(kHotkeysPage);
     user.Press("cmdDeleteHotkey");  // nothing is selected
-    EXPECT_EQ(Rows(), (Texts{"Ctrl+Alt+Print Screen/Set Away/lunch", "Shift+Num Lock/Clear Away/ "}));
+    EXPECT_EQ(Rows(), (Texts{"Ctrl+Alt+Print Screen|Set Away|lunch", "Shift+Num Lock|Clear Away| "}));
     user.Choose("lvHotkeys", 0);
     user.Press("cmdDeleteHotkey");
     user.Press("chkHotkey");
@@ -271,7 +253,7 @@ TEST_F(Settings, EveryHotkeyIsTriedAndTheFirstFailuresAreNamed) {
 
     hotKeys.Clear();
     StartSettings();  // the next start of the program
-    EXPECT_EQ(reported, "frmSettings:Apply -2147220453 " + text + ";");
+    EXPECT_EQ(Reported::Lines(), Texts{"-2147220453: " + text});
     EXPECT_EQ(TakeBoxes(), Texts());
     EXPECT_EQ(Held(), "2/65 2/68 ");
 }
@@ -289,41 +271,31 @@ TEST_F(Settings, EnterInTheHotkeysTextAddsIt) {
     EXPECT_EQ(dialog.RowCount("lvHotkeys"), 0);
 }
 
-TEST_F(Settings, ALogFolderThatCannotBeMadeIsRefused) {
+TEST_F(Settings, ALogFolderThatCannotBeMadeOrNamedIsRefused) {
     os::fake::PutFile("E:\\file", "");
     os::fake::FailWrites("E:\\x", 5);
     Open(1);
-    user.Type("Text1", "E:\\x\\");
     user.Press("Check14");
-    for (const char* button : {"cmdOK", "cmdApply"}) {
-        user.Press(button);
-        const auto boxes = TakeBoxes();
-        ASSERT_EQ(boxes.size(), 1u);
-        EXPECT_TRUE(boxes[0].starts_with("The logging folder \"E:\\x\\\" cannot be made: ")) << boxes[0];
-        EXPECT_TRUE(dialog.IsShown());
-        EXPECT_TRUE(user.HasFocus("Text1"));
+    const std::pair<std::function<void()>, std::string> cases[] = {
+        {[&] { user.TypeBeyondCodePage("Text1"); }, "\" cannot be kept: its name has letters"},
+        {[&] { user.Type("Text1", "E:\\x\\"); }, "The logging folder \"E:\\x\\\" cannot be made: "},
+    };
+    for (const auto& [type, why] : cases) {
+        type();
+        for (const char* button : {"cmdOK", "cmdApply"}) {
+            user.Press(button);
+            const auto boxes = TakeBoxes();
+            ASSERT_EQ(boxes.size(), 1u);
+            EXPECT_NE(boxes[0].find(why), boxes[0].npos) << boxes[0];
+            EXPECT_TRUE(dialog.IsShown() && user.HasFocus("Text1"));
+        }
     }
     EXPECT_EQ(modRegistry::ReadSetting("logims"), "0");
+    EXPECT_EQ(modRegistry::ReadSetting("logwhere").find('?'), std::string::npos);
     os::fake::FailWrites("E:\\x", 0);
     user.Press("cmdOK");
     EXPECT_EQ(TakeBoxes(), Texts());
     EXPECT_EQ(modRegistry::ReadSetting("logims"), "1");
-}
-
-TEST_F(Settings, ALogFolderThatTheCodePageCannotNameIsRefused) {
-    Open(1);
-    user.TypeBeyondCodePage("Text1");
-    for (const char* button : {"cmdOK", "cmdApply"}) {
-        user.Press(button);
-        const auto boxes = TakeBoxes();
-        ASSERT_EQ(boxes.size(), 1u);
-        EXPECT_NE(boxes[0].find("\" cannot be kept: its name has letters"), boxes[0].npos) << boxes[0];
-        EXPECT_TRUE(user.HasFocus("Text1"));
-    }
-    EXPECT_EQ(modRegistry::ReadSetting("logwhere").find('?'), std::string::npos);
-    user.Type("Text1", "C:\\logs\\");
-    user.Press("cmdOK");
-    EXPECT_EQ(TakeBoxes(), Texts());
 }
 
 TEST_F(Settings, AServerWithAPortThatIsNoneIsRefused) {

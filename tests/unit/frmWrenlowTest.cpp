@@ -49,17 +49,9 @@ struct Wrenlow : FreshWorld {
 struct WindowPages : FormRig {
     void Open(const char* page) { form.Start(page); }
     void Tick() { os::fake::AdvanceClock(WrenlowPage::kRefreshMs); }
-    // A row of a list as it is read: the cells with "|" between them.
-    std::string Row(const char* list, int row, int columns) {
-        std::string text;
-        for (int column = 0; column < columns; ++column)
-            text += (column > 0 ? "|" : "") + form.Window().Cell(list, row, column);
-        return text;
-    }
     Texts Kinds() {
-        Texts kinds;
-        for (int row = 0; row < form.Window().RowCount("trFrames"); ++row)
-            kinds.push_back(form.Window().Cell("trFrames", row, 7));
+        auto kinds = Rows(form.Window(), "trFrames", 8);
+        for (auto& kind : kinds) kind.erase(0, kind.rfind('|') + 1);
         return kinds;
     }
 
@@ -126,7 +118,7 @@ TEST_F(WindowPages, ConnectionsShowsEachLegAndWhatBecameOfTheSignOn) {
     EXPECT_EQ(form.Window().Text("conVerdict"), "My Name is signed on.");
     EXPECT_EQ(form.Window().Text("conIcon"), "information");
     ASSERT_EQ(form.Window().RowCount("conLegs"), 1);
-    EXPECT_EQ(Row("conLegs", 0, kLegColumns).substr(19),
+    EXPECT_EQ(Rows(form.Window(), "conLegs", kLegColumns)[0].substr(19),
               "|My Name|BOS|10.0.0.5:5190|10.0.0.5:5190|1 / 10 B|2 / 34 B|connected");
 
     pair.server.Feed(Frame(4, 102, Tlv(9, "00 01"_hex)));
@@ -165,7 +157,7 @@ TEST_F(WindowPages, TrafficKeepsFramesOnlyWhileItIsLookedAt) {
     pair.server.Feed(Frame(2, 102, Snac(4, 7, IncomingData("tom", Tlv(2, MessageData("hello you"))))));
     Tick();
     ASSERT_EQ(Kinds().size(), 2u);
-    EXPECT_EQ(Row("trFrames", 0, 7).substr(12), "|My Name|0|to server|2|2|");
+    EXPECT_EQ(Rows(form.Window(), "trFrames", 7)[0].substr(12), "|My Name|0|to server|2|2|");
     EXPECT_EQ(form.Window().Text("trCount"), "2 frames kept, 2 shown");
 
     user.Choose("trFrames", 1);

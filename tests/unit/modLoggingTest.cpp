@@ -2,12 +2,12 @@
 
 #include "app/services/modRegistry.h"
 #include "base/RuntimeError.h"
-#include "base/Trap.h"
 #include "os/Files.h"
 #include "os/fake/FakeClock.h"
 #include "os/fake/FakeFiles.h"
 #include "tests/unit/FreshWorld.h"
 #include "tests/unit/Messages.h"
+#include "tests/unit/Reported.h"
 
 namespace {
 
@@ -21,13 +21,7 @@ struct modLoggingTest : FreshWorld {
         Set("logfolder", "0");
         Set("loghowhtm", "False");
         os::MakeFolder(os::Path::FromText("C:"));
-        reports.clear();
-        SetErrorReporter([](const std::string& text, std::int32_t number, const std::string&, std::int16_t) {
-            reports.push_back(std::to_string(number) + ": " + text);
-        });
     }
-
-    ~modLoggingTest() override { SetErrorReporter(nullptr); }
 
     static void Set(const char* name, const char* value) { modRegistry::WriteSetting(name, value); }
 
@@ -42,7 +36,7 @@ struct modLoggingTest : FreshWorld {
     }
 
     modLogging::MessageLog log;
-    static inline Texts reports;
+    Reported reported;
 };
 
 }  // namespace
@@ -117,14 +111,15 @@ TEST_F(modLoggingTest, AFolderThatFailsIsToldOnceAndSoIsItsReturnWithWhatIsMissi
     os::fake::FailWrites("C:\\AimLogs", 70);
     for (int i = 0; i < 5; ++i) Hear("Fred", "lost");
     const std::string told = "70: Not logged in C:/AimLogs: The change was made to fail";
-    EXPECT_EQ(reports, Texts{told});
+    EXPECT_EQ(Reported::Lines(), Texts{told});
     os::fake::FailWrites("C:\\AimLogs", 0);
     Hear("Fred", "soon");
     os::fake::AdvanceClock(60'000);
-    EXPECT_EQ(reports, Texts{told}) << "not more often than once in a minute";
+    EXPECT_EQ(Reported::Lines(), Texts{told}) << "not more often than once in a minute";
     Hear("Fred", "there");
     Hear("Fred", "again");
-    EXPECT_EQ(reports, (Texts{told, "75: Logging goes on in C:/AimLogs; messages that are missing: 5"}));
+    EXPECT_EQ(Reported::Lines(),
+              (Texts{told, "75: Logging goes on in C:/AimLogs; messages that are missing: 5"}));
 }
 
 TEST_F(modLoggingTest, AFolderThatStandsStillIsLeftAloneForAWhileAndForTwiceAsLongNextTime) {
@@ -143,12 +138,11 @@ TEST_F(modLoggingTest, AFolderThatStandsStillIsLeftAloneForAWhileAndForTwiceAsLo
         written = os::MonotonicMilliseconds();
     }
     EXPECT_EQ(pauses, (std::vector<std::int64_t>{60, 120, 240, 480, 600, 600}));
-    EXPECT_EQ(reports, Texts{"75: Slow, so logging pauses: C:/AimLogs"});
+    EXPECT_EQ(Reported::Lines(), Texts{"75: Slow, so logging pauses: C:/AimLogs"});
     os::fake::SlowWrites("C:\\AimLogs", 1000);
     os::fake::AdvanceClock(600'000);
     Hear("Fred", "quick again");
-    ASSERT_EQ(reports.size(), 2u);
-    EXPECT_EQ(reports[1], "75: Logging goes on in C:/AimLogs; messages that are missing: 2094");
+    EXPECT_EQ(Reported::Lines().back(), "75: Logging goes on in C:/AimLogs; messages that are missing: 2094");
 }
 
 TEST(StripHtml, DropsTheTagsOfFormattingAndNothingElse) {

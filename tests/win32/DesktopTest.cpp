@@ -1,4 +1,4 @@
-// Hotkeys pressed on the real keyboard, windows of programs that hang, and files on the real disk.
+// Hotkeys pressed on the real keyboard, other programs' windows, and files on the real disk.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -7,12 +7,12 @@
 #include <vector>
 
 #include "base/RuntimeError.h"
-#include "base/Trap.h"
 #include "desktop/cRegHotKey.h"
 #include "os/Files.h"
 #include "os/desktop/FileWriter.h"
 #include "os/desktop/TopWindows.h"
 #include "sandbox/hand/DesktopUser.h"
+#include "tests/unit/Reported.h"
 #include "tests/win32/ImportPatch.h"
 #include "tests/win32/Messages.h"
 #include "tests/win32/UserThread.h"
@@ -40,18 +40,14 @@ class Hotkeys : public testing::Test {
 };
 
 TEST_F(Hotkeys, AListenerThatFailsIsReportedAndHearsTheNextPress) {
-    static int reports;
-    reports = 0;
-    const auto before = SetErrorReporter(
-        [](const std::string&, std::int32_t, const std::string&, std::int16_t) { ++reports; });
+    const Reported reported;
     auto fail = [](auto&&...) { throw RuntimeError(5, "on purpose"); };
     hotKeys.HotKeyPress.Bind(fail);
     hotKeys.RegisterKey("Set Away", VK_F8, kCtrlShift, "lunch");
-    for (int time = 1; time <= 2; ++time) {
+    for (std::size_t time = 1; time <= 2; ++time) {
         PressKeys({VK_CONTROL, VK_SHIFT, VK_F8});
-        EXPECT_TRUE(HandleMessagesUntil([=] { return reports == time; }));
+        EXPECT_TRUE(HandleMessagesUntil([=] { return Reported::reports.size() == time; }));
     }
-    SetErrorReporter(before);
 }
 
 TEST_F(Hotkeys, ACombinationThatSomebodyHoldsIsRefusedInTheSystemsWords) {
@@ -102,38 +98,20 @@ bool Becomes(HWND window, int alpha) {
     return HandleMessagesUntil([=] { return AlphaOf(window) == alpha; });
 }
 
-TEST(TopWindows, AHungWindowDelaysNobodyAndAnothersLayerStays) {
-    const HANDLE thaws = CreateEventA(nullptr, TRUE, FALSE, nullptr);
-    const HANDLE isMade = CreateEventA(nullptr, TRUE, FALSE, nullptr);
-    HWND hung = nullptr;
-    {
-        UserThread program([&] {
-            hung = MakeWindow("hung \xE9 - Instant Message");
-            SetEvent(isMade);
-            WaitForSingleObject(thaws, INFINITE);
-            EXPECT_TRUE(HandleMessagesUntil([=] { return AlphaOf(hung) == 76; }));
-            DestroyWindow(hung);
-        });
-        WaitForSingleObject(isMade, INFINITE);
-        EXPECT_EQ(os::WindowTitle(Handle(hung)), "hung \xE9 - Instant Message");
-
-        const HWND ordinary = MakeWindow("ordinary");
-        const HWND layered = MakeWindow("layered by its own program");
-        SetWindowLongA(layered, GWL_EXSTYLE, GetWindowLongA(layered, GWL_EXSTYLE) | WS_EX_LAYERED);
-        SetLayeredWindowAttributes(layered, 0, 200, LWA_ALPHA);
-        for (const HWND window : {hung, layered, ordinary}) os::MakeTranslucent(Handle(window), 128);
-        EXPECT_TRUE(Becomes(ordinary, 128));
-        for (const HWND window : {hung, layered, ordinary}) os::MakeOpaque(Handle(window));
-        EXPECT_TRUE(Becomes(ordinary, -1));
-        EXPECT_EQ(AlphaOf(layered), 200);
-        EXPECT_EQ(AlphaOf(hung), -1);
-        os::MakeTranslucent(Handle(hung), 76);
-        SetEvent(thaws);
-        DestroyWindow(ordinary);
-        DestroyWindow(layered);
-    }
-    CloseHandle(thaws);
-    CloseHandle(isMade);
+// That a window of a program that hangs delays nobody, the desk shows (tests/desk).
+TEST(TopWindows, OnlyTheLayerThatWeMadeIsTakenAway) {
+    const HWND ordinary = MakeWindow("ordinary \xE9 - Instant Message");
+    EXPECT_EQ(os::WindowTitle(Handle(ordinary)), "ordinary \xE9 - Instant Message");
+    const HWND layered = MakeWindow("layered by its own program");
+    SetWindowLongA(layered, GWL_EXSTYLE, GetWindowLongA(layered, GWL_EXSTYLE) | WS_EX_LAYERED);
+    SetLayeredWindowAttributes(layered, 0, 200, LWA_ALPHA);
+    for (const HWND window : {layered, ordinary}) os::MakeTranslucent(Handle(window), 128);
+    EXPECT_TRUE(Becomes(ordinary, 128));
+    for (const HWND window : {layered, ordinary}) os::MakeOpaque(Handle(window));
+    EXPECT_TRUE(Becomes(ordinary, -1));
+    EXPECT_EQ(AlphaOf(layered), 200);
+    DestroyWindow(ordinary);
+    DestroyWindow(layered);
 }
 
 std::atomic<int> refusedAttributes;
@@ -159,84 +137,67 @@ TEST(TopWindows, AWindowThatRefusesTheAttributesIsLeftAsItWas) {
 
 class FileWriter : public testing::Test {
  protected:
-    void SetUp() override {
-        char temporary[MAX_PATH] = "";
-        GetTempPathA(sizeof temporary, temporary);
-        folder = std::string(temporary) + "wrenlow-writer-" + std::to_string(GetCurrentProcessId());
-        CreateDirectoryA(folder.c_str(), nullptr);
-        path = folder + "\\setup.exe";
+    FileWriter() {
+        os::MakeFolder(folder);
+        for (const auto& name : Names()) os::RemoveFile(folder / name);
     }
-    void TearDown() override {
-        for (const auto& name : Names()) DeleteFileA((folder + "\\" + name).c_str());
-        RemoveDirectoryA(folder.c_str());
-    }
-
-    os::Path Target() const { return os::Path::FromText(path); }
 
     std::vector<std::string> Names() const {
         std::vector<std::string> names;
-        WIN32_FIND_DATAA found;
-        const HANDLE search = FindFirstFileA((folder + "\\*").c_str(), &found);
-        if (search == INVALID_HANDLE_VALUE) return names;
-        do {
-            if (found.cFileName[0] != '.') names.emplace_back(found.cFileName);
-        } while (FindNextFileA(search, &found));
-        FindClose(search);
+        os::FolderReader reader(folder);
+        while (const auto entry = reader.Next()) names.push_back(entry->name);
         return names;
     }
 
-    std::string folder;
-    std::string path;
+    const os::Path folder = os::ProgramFolder() / (os::ProgramBaseName() + "-writer");
+    const os::Path path = folder / "setup.exe";
 };
 
 TEST_F(FileWriter, PutsAWholeFileInPlaceOfAReadOnlyOne) {
-    { os::FileWriter(Target()).Finish(); }
-    SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_READONLY);
-    os::FileWriter writer(Target());
+    { os::FileWriter(path).Finish(); }
+    SetFileAttributesA(path.Shown().c_str(), FILE_ATTRIBUTE_READONLY);
+    os::FileWriter writer(path);
     writer.Write("abc");
     writer.Write(std::string(3 << 20, 'x'));
     EXPECT_EQ(Names().size(), 2u);
     writer.MarkFromInternet();
     writer.Finish();
     EXPECT_EQ(Names(), std::vector<std::string>{"setup.exe"});
-    WIN32_FILE_ATTRIBUTE_DATA data;
-    ASSERT_TRUE(GetFileAttributesExA(path.c_str(), GetFileExInfoStandard, &data));
-    EXPECT_EQ(data.nFileSizeLow, 3u + (3u << 20));
+    EXPECT_EQ(os::ReadWholeFile(path, 4 << 20), "abc" + std::string(3 << 20, 'x'));
 }
 
 // As a virus scanner does: it opens the fresh file and lets nobody rename or delete it, for a moment.
 TEST_F(FileWriter, WaitsForWhoeverHoldsTheFreshFile) {
-    const std::string other = folder + "\\aliases";
-    const auto replaced = os::Path::FromText(other);
-    os::ReplaceFileWith(replaced, "old");
-    os::FileWriter writer(Target());
+    const auto other = folder / "aliases";
+    os::ReplaceFileWith(other, "old");
+    os::FileWriter writer(path);
     writer.Write("abc");
     const struct {
-        std::string held;
+        os::Path held;
         std::function<void()> act;
-    } cases[] = {{other, [&] { os::ReplaceFileWith(replaced, "new"); }}, {path, [&] { writer.Finish(); }}};
+    } cases[] = {{other, [&] { os::ReplaceFileWith(other, "new"); }}, {path, [&] { writer.Finish(); }}};
     for (const auto& [held, act] : cases) {
-        const HANDLE scanner = CreateFileA(held.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_ALWAYS,
-                                           FILE_ATTRIBUTE_NORMAL, nullptr);
+        const HANDLE scanner = CreateFileA(held.Shown().c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                           OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
         ASSERT_NE(scanner, INVALID_HANDLE_VALUE);
         const UserThread looking([scanner] {
             Sleep(300);
             CloseHandle(scanner);
         });
-        EXPECT_NO_THROW(act()) << held;
+        EXPECT_NO_THROW(act()) << held.Shown();
     }
-    EXPECT_EQ(os::ReadWholeFile(replaced, 100), "new");
-    EXPECT_EQ(os::ReadWholeFile(Target(), 100), "abc");
+    EXPECT_EQ(os::ReadWholeFile(other, 100), "new");
+    EXPECT_EQ(os::ReadWholeFile(path, 100), "abc");
     EXPECT_EQ(Names().size(), 2u);
 }
 
 TEST_F(FileWriter, LeavesNothingWhenItIsGivenUpOrCannotBegin) {
     {
-        os::FileWriter writer(Target());
+        os::FileWriter writer(path);
         writer.Write("abc");
     }
     EXPECT_TRUE(Names().empty());
-    EXPECT_THROW(os::FileWriter(os::Path::FromText(folder) / "missing\\setup.exe"), RuntimeError);
+    EXPECT_THROW(os::FileWriter(folder / "missing/setup.exe"), RuntimeError);
     EXPECT_TRUE(Names().empty());
 }
 

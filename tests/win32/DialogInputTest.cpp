@@ -92,26 +92,13 @@ TEST_F(DialogInput, AnAwayMessageByKeyboardAlone) {
     EXPECT_EQ(second.server.TakeReceived(), Away(2, "gone\r\nhome"));
 }
 
-TEST_F(DialogInput, TheReplacerByMouseAndEnter) {
-    os::fake::PutFile("/program/repl.dat", "asdf1234\r\nFred\r\n");
+TEST_F(DialogInput, ARowIsChosenByTheMouseAnywhereInItAndDeletedByItsKey) {
+    os::fake::PutFile("/program/repl.dat", "asdf1234\r\nFred\r\nqwerty\r\nwilma\r\n");
     rig.SignOn("My Name");
     SharedForm<frmSNReplacer>().Start();
     User replacer("Screenname Replacer");
-    ASSERT_TRUE(Focused(replacer, "txtScreenname"));
-    Click(replacer, "txtReplace");
-    ASSERT_TRUE(Focused(replacer, "txtReplace"));
-    TypeKeys("wilma");
-    Click(replacer, "txtScreenname");
-    ASSERT_TRUE(Focused(replacer, "txtScreenname"));
-    TypeKeys("qwerty");
-    PressKey(VK_RETURN);
-    ASSERT_TRUE(Focused(replacer, "txtReplace"));
-    PressKey(VK_RETURN);
-    ASSERT_TRUE(HandleMessagesUntil([&] { return replacer.Window().RowCount("lvNames") == 2; }));
-
-    HWND list = WindowOf(replacer, "lvNames");
     RECT row{LVIR_BOUNDS, 0, 0, 0};
-    SendMessageA(list, LVM_GETITEMRECT, 0, reinterpret_cast<LPARAM>(&row));
+    SendMessageA(WindowOf(replacer, "lvNames"), LVM_GETITEMRECT, 0, reinterpret_cast<LPARAM>(&row));
     // In the second column: the whole row is to be selected.
     Click(replacer, "lvNames", row.right - 20, (row.top + row.bottom) / 2);
     ASSERT_TRUE(HandleMessagesUntil([&] { return replacer.Window().Value("lvNames") == 0; }));

@@ -21,10 +21,10 @@ constexpr int kIconId = 20;  // of the box's picture, in every version of Window
 constexpr int kIconIdWine = 1088;
 
 // The box, once it can be used.
-HWND WaitForBox() {
+HWND WaitForBox(const char* title = kTitle) {
     HWND box = nullptr;
     EXPECT_TRUE(Eventually([&] {
-        box = FindWindowA("#32770", kTitle);
+        box = FindWindowA("#32770", title);
         return box != nullptr && IsWindowVisible(box);
     }));
     return box;
@@ -100,6 +100,13 @@ bool HasKeyboard(const os::Dialog& dialog, int control) {
     return info.hwndFocus == ControlOf(dialog, control);
 }
 
+void GoOnWith(const os::Dialog& dialog, int control) {
+    RECT place{};
+    GetWindowRect(ControlOf(dialog, control), &place);
+    ClickAt((place.left + place.right) / 2, (place.top + place.bottom) / 2);
+    EXPECT_TRUE(Eventually([&] { return HasKeyboard(dialog, control); }));
+}
+
 // Two dialogs side by side; the one asks in a box while the user goes on with the other.
 TEST(MessageBoxOnTheDesktop, LeavesTheKeysToOtherDialogsAndComesForwardWithItsOwn) {
     const HWND owner =
@@ -127,26 +134,16 @@ TEST(MessageBoxOnTheDesktop, LeavesTheKeysToOtherDialogsAndComesForwardWithItsOw
         SetWindowPos(WindowOf(other), nullptr, 20, 400, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
         const UserThread user([&] {
             const HWND box = WaitForBox();
-            const auto goOnWithTheOther = [&](int control) {
-                RECT place{};
-                GetWindowRect(ControlOf(other, control), &place);
-                ClickAt((place.left + place.right) / 2, (place.top + place.bottom) / 2);
-                EXPECT_TRUE(Eventually([&] { return HasKeyboard(other, control); }));
-            };
-            goOnWithTheOther(0);
+            GoOnWith(other, 0);
             PressKey(VK_TAB);
             EXPECT_TRUE(Eventually([&] { return HasKeyboard(other, 1); }));
             PressKey(VK_RETURN);
             EXPECT_TRUE(Eventually([&] { return entered == 1; }));
             EXPECT_TRUE(Eventually([&] { return GetForegroundWindow() == box; })) << "asked for its dialog";
 
-            goOnWithTheOther(1);
+            GoOnWith(other, 1);
             PressKey(VK_ESCAPE);
-            HWND newsBox = nullptr;
-            EXPECT_TRUE(Eventually([&] {
-                newsBox = FindWindowA("#32770", "Wrenlow news");
-                return newsBox != nullptr && IsWindowVisible(newsBox);
-            }));
+            const HWND newsBox = WaitForBox("Wrenlow news");
             PostMessageA(GetDlgItem(newsBox, IDOK), BM_CLICK, 0, 0);
             EXPECT_TRUE(Eventually([&] { return !IsWindow(newsBox); }));
             EXPECT_EQ(escaped, 1);
@@ -171,10 +168,7 @@ TEST(MessageBoxOnTheDesktop, NewsStandsOnceAndComesForwardWhenItIsToldAgain) {
     other.Show();
     SetWindowPos(WindowOf(other), nullptr, 20, 400, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
     Show(os::BoxIcon::Information, os::BoxButtons::Ok, [&](HWND box) {
-        RECT place{};
-        GetWindowRect(ControlOf(other, 0), &place);
-        ClickAt((place.left + place.right) / 2, (place.top + place.bottom) / 2);
-        EXPECT_TRUE(Eventually([&] { return HasKeyboard(other, 0); }));
+        GoOnWith(other, 0);
         PressKey(VK_RETURN);
         EXPECT_TRUE(Eventually([&] { return again == 1; })) << "a second box waits for an answer";
         EXPECT_TRUE(Eventually([&] { return GetForegroundWindow() == box; }));

@@ -113,10 +113,9 @@ BOOL WINAPI WriteSecond(HANDLE file, LPCVOID bytes, DWORD size, DWORD* written, 
 }
 
 TEST(OnTheSystem, TwoThatAppendToOneFileOverwriteNothing) {
-    char folder[MAX_PATH] = "";
-    GetTempPathA(sizeof folder, folder);
-    const auto name = std::string(folder) + "wrenlow-append-" + std::to_string(GetCurrentProcessId());
-    const auto file = os::Path::FromText(name);
+    const auto file = os::ProgramFolder() / "append.txt";
+    const auto name = file.Shown();
+    os::RemoveFile(file);
     {
         ImportPatch patch("WriteFile", WriteSecond);
         writing = &patch;
@@ -125,7 +124,6 @@ TEST(OnTheSystem, TwoThatAppendToOneFileOverwriteNothing) {
         os::AppendToFile(file, "ours\r\n");
     }
     EXPECT_EQ(os::ReadWholeFile(file, 1000), "theirs\r\nours\r\ntheirs\r\nours\r\n");
-    os::RemoveFile(file);
 }
 
 }  // namespace

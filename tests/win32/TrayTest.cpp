@@ -14,10 +14,10 @@
 
 #include "app/shell/modMenu.h"
 #include "base/RuntimeError.h"
-#include "base/Trap.h"
 #include "os/fake/FakeWorld.h"
 #include "os/win32/HiddenWindow.h"
 #include "sandbox/hand/DesktopUser.h"
+#include "tests/unit/Reported.h"
 #include "tests/win32/Messages.h"
 #include "tests/win32/UserThread.h"
 #include "ui/popupmenu/ColourSchemes.h"
@@ -158,21 +158,17 @@ TEST_F(RealTray, EntriesOfMenuAndSubMenusAreReachedByTheKeyboard) {
 }
 
 TEST_F(RealTray, ALetterChoosesAndAChoiceThatFailsIsReportedAndTheMenuOpensAgain) {
-    static int reports;
-    reports = 0;
-    const auto before = SetErrorReporter(
-        [](const std::string&, std::int32_t, const std::string&, std::int16_t) { ++reports; });
+    const Reported reported;
     fails_ = true;
-    for (int time = 1; time <= 2; ++time) {
+    for (std::size_t time = 1; time <= 2; ++time) {
         PostRightPress();
         Use([] {
             ASSERT_TRUE(MenusOpen(1));
             PressKey('E');
         });
         EXPECT_EQ(chosen_, "editprofile");  // the only entry that begins with it
-        EXPECT_EQ(reports, time);
+        EXPECT_EQ(Reported::reports.size(), time);
     }
-    SetErrorReporter(before);
 }
 
 TEST_F(RealTray, EscAndAClickElsewhereRaiseNothing) {
