@@ -145,8 +145,7 @@ void Connection::Unlink() {
     if (reader_ == nullptr) return;
     auto& reader = *std::exchange(reader_, nullptr);
     reader.partner_ = nullptr;
-    reader.paused_ = false;
-    reader.UpdateWatch();
+    if (std::exchange(reader.paused_, false)) reader.UpdateWatch();
 }
 
 }  // namespace net

@@ -25,10 +25,10 @@ std::string ConsoleReports::LinesFor(const std::string& description, std::int32_
            " at: " + Printable(where) + ": " + std::to_string(line) + "\n";
 }
 
-std::string Printable(std::string_view text) {
+std::string Printable(std::string text) {
     // Two lines are printed for each connection, and hardly one has more than ASCII.
     const auto isPlain = [](char c) { return c >= 0x20 && c < 0x7F; };
-    if (std::all_of(text.begin(), text.end(), isPlain)) return std::string(text);
+    if (std::all_of(text.begin(), text.end(), isPlain)) return text;
     std::string printable;
     const auto utf8 = AsUtf8(text);
     for (std::string_view rest = utf8; !rest.empty();) {

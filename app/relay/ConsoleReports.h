@@ -23,4 +23,4 @@ class ConsoleReports {
 
 // The text in UTF-8 with control characters as "?", those that terminals take as beginning with 0x80 to 0x9F
 // too. What is no UTF-8 is read as Windows-1252.
-std::string Printable(std::string_view text);
+std::string Printable(std::string text);

@@ -1,8 +1,11 @@
 // wrenlow-relay: the relay and its session features as a command-line program, without tray and dialogs.
 #include <cstdio>
 #include <cstdlib>
+#include <initializer_list>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "app/relay/Capture.h"
@@ -36,8 +39,8 @@ constexpr int kWrongUsage = 2;
 // Where lines go: not where a capture goes.
 os::Output lineOutput = os::Output::Standard;
 
-void PrintLine(const std::string& text) {
-    os::Print(lineOutput, Printable(text) + "\n");
+void PrintLine(std::string text) {
+    os::Print(lineOutput, Printable(std::move(text)) + "\n");
 }
 
 void PrintError(const std::string& text) {
@@ -111,6 +114,16 @@ int PrintLogs(const RelayOptions& options, const os::Path& dataFolder) {
     return LogPrinter(library, print).Print(options.name, options.value) ? 0 : kFailed;
 }
 
+// "connection 9" and what became of it.
+std::string LineOf(std::size_t slot, std::initializer_list<std::string_view> parts) {
+    constexpr std::size_t kUsualBytes = 80;
+    std::string line;
+    line.reserve(kUsualBytes);
+    line.append("connection ").append(std::to_string(slot));
+    for (const auto part : parts) line.append(part);
+    return line;
+}
+
 // What frmMain is to the tray program.
 class Program {
  public:
@@ -151,11 +164,11 @@ class Program {
 
  private:
     void relay_Opened(std::size_t slot, const std::string& host, const std::string& port) {
-        PrintLine("connection " + std::to_string(slot) + " opened to " + host + ":" + port);
+        PrintLine(LineOf(slot, {" opened to ", host, ":", port}));
     }
     void relay_Closed(std::size_t slot, std::int32_t errorNumber) {
-        const auto reason = errorNumber > 0 ? ": " + os::SocketErrorText(errorNumber) : "";
-        PrintLine("connection " + std::to_string(slot) + " closed" + reason);
+        if (errorNumber <= 0) return PrintLine(LineOf(slot, {" closed"}));
+        PrintLine(LineOf(slot, {" closed: ", os::SocketErrorText(errorNumber)}));
     }
     void console_Line(const std::string& line) {
         for (const auto& reply : commands_.Execute(line)) PrintLine(reply);

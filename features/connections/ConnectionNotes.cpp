@@ -53,6 +53,12 @@ class Contents {
     wire::Parts parts_;
 };
 
+// Most clients ask for addresses, and then the system need not be asked.
+os::Endpoint ReachedBy(const Session& session, const Place& place) {
+    const auto address = os::AddressFrom(place.host);
+    return address ? os::Endpoint{*address, place.port} : session.EndsOf(Direction::ToClient).there;
+}
+
 Leg::Purpose PurposeOf(const std::vector<std::uint16_t>& families) {
     const auto has = [&](std::uint16_t family) {
         return std::ranges::find(families, family) != families.end();
@@ -84,7 +90,7 @@ class ConnectionNotes final : public SessionFeature {
     void Connected() override {
         Note([&](Leg& leg) {
             leg.state = Leg::State::Connected;
-            leg.reached = session_.EndsOf(Direction::ToClient).there;
+            leg.reached = ReachedBy(session_, leg.trying);
         });
     }
     void SignedOn() override {

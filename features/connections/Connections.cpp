@@ -18,6 +18,11 @@ void TakeCounts(Leg& leg) {
 }  // namespace
 
 const Leg* Connections::Find(std::size_t slot) const {
+    // Mostly one of the newest, and slots follow each other but for clients that never asked.
+    if (legs_.empty() || legs_.back().slot < slot) return nullptr;
+    const auto behind = legs_.back().slot - slot;
+    if (behind < legs_.size() && legs_[legs_.size() - 1 - behind].slot == slot)
+        return &legs_[legs_.size() - 1 - behind];
     const auto found = std::ranges::lower_bound(legs_, slot, {}, &Leg::slot);
     return found != legs_.end() && found->slot == slot ? &*found : nullptr;
 }
@@ -42,10 +47,12 @@ Leg& Connections::Begin(const Session& session) {
         legs_.erase(ended != legs_.end() ? ended : legs_.begin());
     }
     // Nearly always the end: a client may be slower to ask than the one who connected behind it.
-    auto& leg = *legs_.emplace(std::ranges::upper_bound(legs_, session.Slot(), {}, &Leg::slot));
+    const bool isNewest = legs_.empty() || legs_.back().slot < session.Slot();
+    auto& leg = isNewest ? legs_.emplace_back()
+                         : *legs_.emplace(std::ranges::upper_bound(legs_, session.Slot(), {}, &Leg::slot));
     leg.slot = session.Slot();
     leg.session = &session;
-    leg.began = os::Now();
+    leg.began = os::SecondsSince1970();
     leg.beganMs = os::MonotonicMilliseconds();
     leg.asked = session.Asked();
     Tell();

@@ -40,7 +40,7 @@ std::string ConnectionsReport(const std::string& program, Connections& connectio
     const auto server = std::string(Trim(settings::Text("server")));
     const auto onOff = [](bool on) { return on ? "on" : "off"; };
     auto text = Line("Program", program + " " WRENLOW_VERSION_TEXT);
-    text += Line("Time", WhenText(os::Now()));
+    text += Line("Time", WhenText(os::SecondsSince1970()));
     text += Line("Server", server.empty() ? "(the client decides)" : server);
     text += Line("For every connection", onOff(settings::IsOn("server-always")));
     text += Line("Instead of unreachable addresses", onOff(settings::IsOn("server-fallback")));

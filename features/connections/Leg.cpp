@@ -20,7 +20,8 @@ std::string FailureText(const Leg::Attempt& attempt) {
 
 }  // namespace
 
-std::string WhenText(const os::LocalTime& time) {
+std::string WhenText(std::int64_t seconds) {
+    const auto time = os::LocalTimeOf(seconds);
     return DateText(time) + " " + TimeText(time);
 }
 

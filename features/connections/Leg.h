@@ -28,7 +28,7 @@ struct Leg {
 
     std::size_t slot = 0;              // of the relay's table; unique while the program runs
     const Session* session = nullptr;  // while it is open
-    os::LocalTime began = {};          // when the client asked
+    std::int64_t began = 0;            // when the client asked: os::SecondsSince1970
     std::int64_t beganMs = 0;          // os::MonotonicMilliseconds
     std::string name;                  // the user's screen name; "" before it is known
     Purpose purpose = Purpose::Unknown;
@@ -53,7 +53,7 @@ struct Leg {
 // "service 0D chat rooms", "" while it is not known. Reached: "93.184.216.34:5190", "" until then. State:
 // "connecting", "connected", "ended". How it ended: "ended by the client", "no answer from 10.9.9.9:5190",
 // ...; "" before.
-std::string WhenText(const os::LocalTime& time);
+std::string WhenText(std::int64_t seconds);
 std::string PurposeText(const Leg& leg);
 std::string ReachedText(const Leg& leg);
 std::string StateText(const Leg& leg);

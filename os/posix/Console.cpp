@@ -112,9 +112,12 @@ class Writer {
  public:
     explicit Writer(int file) : file_(file) {
         struct stat description {};
-        if (::fstat(file, &description) != 0 || S_ISREG(description.st_mode)) return;
+        if (::fstat(file, &description) != 0) return;
+        mayBlock_ = !S_ISREG(description.st_mode);
+        if (!mayBlock_) return;
         const auto path = "/proc/self/fd/" + std::to_string(file);
         own_ = FileDescriptor(::open(path.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+        mayBlock_ = !own_;
         // Another user's terminal cannot be opened. What is ready to be written takes one byte for sure.
         if (!own_ && S_ISCHR(description.st_mode)) most_ = 1;
     }
@@ -134,9 +137,9 @@ class Writer {
     void WriteSome(std::string_view& text) {
         while (!text.empty()) {
             pollfd ready{file_, POLLOUT, 0};
-            if (!own_ && (::poll(&ready, 1, 0) != 1 || (ready.revents & POLLOUT) == 0)) return;
+            if (mayBlock_ && (::poll(&ready, 1, 0) != 1 || (ready.revents & POLLOUT) == 0)) return;
             const auto written = ::write(own_ ? own_.Get() : file_, text.data(),
-                                         std::min(text.size(), own_ ? text.size() : most_));
+                                         std::min(text.size(), mayBlock_ ? most_ : text.size()));
             if (written < 0 && errno == EINTR) continue;
             if (written <= 0) return;
             text.remove_prefix(static_cast<std::size_t>(written));
@@ -145,6 +148,7 @@ class Writer {
 
     int file_;
     FileDescriptor own_;
+    bool mayBlock_ = true;
     std::size_t most_ = PIPE_BUF;  // what a pipe or socket takes when it is ready
     std::string rest_;
 };

@@ -20,7 +20,11 @@ std::string Path::Shown() const {
 }
 
 Path Path::operator/(std::string_view name) const {
-    return *this + "/" + name;
+    std::string bytes;
+    bytes.reserve(system_.size() + 1 + name.size());
+    bytes.append(system_).append(1, '/').append(name);
+    std::replace(bytes.end() - static_cast<std::ptrdiff_t>(name.size()), bytes.end(), '\\', '/');
+    return FromSystem(std::move(bytes));
 }
 
 Path Path::operator/(const Path& below) const {

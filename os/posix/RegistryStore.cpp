@@ -3,6 +3,7 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <map>
 #include <memory>
@@ -22,7 +23,14 @@ using posix::FileDescriptor;
 // Larger files are not ours: they are not read, and never written over.
 constexpr off_t kMaxFileBytes = 1 << 20;
 
-using Texts = std::map<std::string, std::string>;  // by name in lower case
+struct BeforeWithoutCase {
+    using is_transparent = void;
+    bool operator()(std::string_view a, std::string_view b) const {
+        return std::ranges::lexicographical_compare(a, b, {}, LowerAscii, LowerAscii);
+    }
+};
+
+using Texts = std::map<std::string, std::string, BeforeWithoutCase>;  // by name
 
 struct Store {
     std::string path;
@@ -45,7 +53,7 @@ std::string NameOf(std::string_view key, const std::string& name) {
 }
 
 std::optional<RegistryValue> TextIn(const Texts& texts, const std::string& name) {
-    const auto found = texts.find(LowerCase(name));
+    const auto found = texts.find(name);
     if (found == texts.end()) return std::nullopt;
     return RegistryValue{RegistryType::String, found->second};
 }
@@ -163,11 +171,11 @@ void SetSettingsFile(std::string path, std::string_view topKey) {
 }
 
 void OverrideSetting(const std::string& name, const std::string& text) {
-    TheStore().overrides[LowerCase(name)] = text;
+    TheStore().overrides[name] = text;
 }
 
 void SetSettingDefault(const std::string& name, const std::string& text) {
-    TheStore().defaults[LowerCase(name)] = text;
+    TheStore().defaults[name] = text;
 }
 
 std::optional<RegistryValue> ReadRegistryValue(RegistryHive, const std::string& keyPath,
@@ -188,7 +196,7 @@ bool WriteRegistryValue(RegistryHive, const std::string& keyPath, const std::str
         settings.Put(place, {type, std::string(data)});
         return true;
     });
-    if (written) TheStore().overrides.erase(LowerCase(place));
+    if (written) TheStore().overrides.erase(place);
     return written;
 }
 
@@ -205,7 +213,7 @@ bool WriteRegistryPath(RegistryHive hive, const std::string& keyPath, const std:
 
 bool RemoveRegistryValue(RegistryHive, const std::string& keyPath, const std::string& name) {
     const auto place = NameOf(keyPath, name);
-    const bool overridden = TheStore().overrides.erase(LowerCase(place)) != 0;
+    const bool overridden = TheStore().overrides.erase(place) != 0;
     const bool removed = ChangeSettingsFile([&](SettingsText& settings) { return settings.Remove(place); });
     return overridden || removed;
 }
