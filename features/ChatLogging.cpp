@@ -1,12 +1,15 @@
 #include "features/ChatLogging.h"
 
 #include <algorithm>
+#include <map>
+#include <string>
 #include <utility>
 
 #include "app/services/Settings.h"
 #include "base/Text.h"
 #include "base/Unicode.h"
 #include "core/wire/Ucs2.h"
+#include "features/Overview.h"
 #include "features/SignedOnNames.h"
 #include "features/SnacBytes.h"
 #include "os/CodePage.h"
@@ -46,22 +49,40 @@ std::string SaidIn(std::string_view information) {
     return wire::TextFromUcs2(ucs2);
 }
 
+class ChatLogger;
+
+// Who logs a room: of several users in it, the one whose connection was there first.
+using Rooms = std::map<std::string, const ChatLogger*>;
+
 class ChatLogger final : public SessionFeature {
  public:
-    ChatLogger(Session& session, std::shared_ptr<modLogging::MessageLog> log)
-        : session_(session), log_(std::move(log)) {}
+    ChatLogger(Session& session, std::shared_ptr<modLogging::MessageLog> log, std::shared_ptr<Rooms> rooms)
+        : session_(session), log_(std::move(log)), rooms_(std::move(rooms)) {}
+    ~ChatLogger() override { Leave(); }
 
     Verdict Frame(FrameView& frame) override {
         const bool outgoing = frame.Way() == Direction::ToServer;
         const auto data = SnacDataOf(outgoing ? frame.Original() : frame.Payload());
         if (SnacKindOf(frame.Payload()) == SnacKind(kChat, kRoom))
-            room_ = RoomName(data);
-        else if (settings::IsOn("logims") && settings::IsOn("logchat"))
+            Enter(RoomName(data));
+        else if (settings::IsOn("logims") && settings::IsOn("logchat") && LogsRoom())
             Log(data, outgoing);
         return Verdict::Pass;
     }
 
  private:
+    void Enter(std::string room) {
+        Leave();
+        room_ = std::move(room);
+        place_ = TextOf(session_.Asked()) + " " + room_;
+    }
+    void Leave() {
+        const auto room = rooms_->find(place_);
+        if (room != rooms_->end() && room->second == this) rooms_->erase(room);
+    }
+    // When the first one leaves, the next one to hear something goes on.
+    bool LogsRoom() { return place_.empty() || rooms_->try_emplace(place_, this).first->second == this; }
+
     // Cookie (8) and channel (2), then TLVs. What the server is asked to send back is logged when it comes.
     void Log(std::string_view data, bool outgoing) {
         TakeBytes(data, 8 + 2);
@@ -76,11 +97,15 @@ class ChatLogger final : public SessionFeature {
         return user.empty() ? std::string() : std::string(TakeUser(user));
     }
 
-    // Servers do not tell the name on the connection of a room.
+    // Servers do not tell the name on the connection of a room; the cookie that the client came with does.
     std::string OwnName() const {
         const auto& name = session_.Names(Direction::ToServer).name;
+        if (!name.empty()) return name;
+        const auto* const overview = Overview::Current();
+        const auto* const leg = overview != nullptr ? overview->connections.Find(session_.Slot()) : nullptr;
+        if (leg != nullptr && !leg->name.empty()) return leg->name;
         const auto names = SignedOnNames();
-        return name.empty() && !names.empty() ? names.front() : name;
+        return names.empty() ? std::string() : names.front();
     }
     static bool IsOwn(const std::string& speaker) {
         const auto names = SignedOnNames();
@@ -92,7 +117,9 @@ class ChatLogger final : public SessionFeature {
 
     Session& session_;
     const std::shared_ptr<modLogging::MessageLog> log_;
+    const std::shared_ptr<Rooms> rooms_;
     std::string room_ = "chat";
+    std::string place_;  // the server's and the room's name; "" before the server has told it
 };
 
 }  // namespace
@@ -101,5 +128,7 @@ FeatureEntry ChatLogging(std::shared_ptr<modLogging::MessageLog> log) {
     return {{{kChat, kRoom, Direction::ToClient},
              {kChat, kOutgoing, Direction::ToServer},
              {kChat, kIncoming, Direction::ToClient}},
-            [log = std::move(log)](Session& session) { return std::make_unique<ChatLogger>(session, log); }};
+            [log = std::move(log), rooms = std::make_shared<Rooms>()](Session& session) {
+                return std::make_unique<ChatLogger>(session, log, rooms);
+            }};
 }

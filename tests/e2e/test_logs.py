@@ -1,5 +1,8 @@
 """A conversation of two clients in the log files. A line is written before its message goes on, so there is nothing to
 wait for."""
+from sandbox.client import CHAT
+from sandbox.desk import until
+from sandbox.wire import tlv
 from tests.e2e import support
 from tests.e2e.support import FeatureTest
 
@@ -78,3 +81,23 @@ class Logs(FeatureTest):
         self.assertEqual(logs["Fred DATE.txt"], b"Ada Sample (TIME): to Fred\r\nFred (TIME): from Fred\r\n"
                                                 b"Ada Sample (TIME): to his own name\r\n")
         self.assertFalse([name for name in logs if name.lower().startswith("tom")])
+
+    async def test_a_chat_room_is_a_file_of_its_name(self):
+        await self.sign_on()
+        folder = self.log_to()
+        self.settings(logchat="1")
+        ada, tom = await self.ada.enter_room(), await self.tom.enter_room()
+        for line in (ada, tom):
+            await line.take(CHAT, 2)  # which tells the room's name
+        comes_back = tlv(6)
+        for speaker, other, asks, text in ((ada, tom, comes_back, b"<b>hello</b>"), (tom, ada, comes_back, b"hi"),
+                                           (ada, tom, b"", b"bye"), (tom, ada, b"", b"wait")):
+            await speaker.send_snac(CHAT, 5, bytes(8) + b"\0\3" + tlv(1) + asks + tlv(5, tlv(1, text)))
+            for line in (ada, tom) if asks else (other,):
+                await line.take(CHAT, 6)
+        await ada.close()
+        await until(lambda: len(self.service.room) == 1, "Ada to have left")
+        await tom.send_snac(CHAT, 5, bytes(8) + b"\0\3" + tlv(1) + tlv(5, tlv(1, b"alone")))
+        said = [b"Ada Sample (TIME): hello\r\n", b"tomsample (TIME): hi\r\n", b"Ada Sample (TIME): bye\r\n",
+                b"tomsample (TIME): wait\r\n", b"tomsample (TIME): alone\r\n"]
+        await until(lambda: self.logs(folder) == {"Poets DATE.txt": b"".join(said)}, "each line once, under its speaker")
