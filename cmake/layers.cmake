@@ -1,3 +1,11 @@
+# Builds with sanitizers are made most often, so what nearly every source includes is read once for them. The other builds
+# go without: there a source that forgets one of these is seen.
+if(WRENLOW_SANITIZE OR WRENLOW_FUZZ)
+  add_library(common_headers OBJECT cmake/common_headers.cpp)
+  target_precompile_headers(common_headers PRIVATE <algorithm> <cstdint> <functional> <map> <memory> <optional> <span>
+                            <string> <string_view> <utility> <vector>)
+endif()
+
 # layer(NAME SOURCES... [USES LIBRARY...]): one static library per layer, sources listed by hand.
 # USES names the layers below it; the os_* implementation is left to the program that links.
 # A layer of headers only becomes an interface library.
@@ -6,6 +14,9 @@ function(layer name)
   if(arg_UNPARSED_ARGUMENTS)
     add_library(${name} STATIC ${arg_UNPARSED_ARGUMENTS})
     target_link_libraries(${name} PUBLIC ${arg_USES})
+    if(TARGET common_headers)
+      target_precompile_headers(${name} REUSE_FROM common_headers)
+    endif()
   else()
     add_library(${name} INTERFACE)
     target_link_libraries(${name} INTERFACE ${arg_USES})
