@@ -112,12 +112,10 @@ TEST_F(FilesContract, APathHoldsWhatNoTextCanSay) {
     EXPECT_NE(file.Shown().find("a.txt"), std::string::npos);
     EXPECT_EQ(os::Path::FromText("caf\xE9").Text(), "caf\xE9");
 
-    BeginRegistryTest();
     const auto hive = os::RegistryHive::CurrentUser;
     EXPECT_TRUE(os::ReadRegistryPath(hive, kContractKey, "path").IsEmpty());
     EXPECT_TRUE(os::WriteRegistryPath(hive, kContractKey, "path", file));
     EXPECT_EQ(os::ReadRegistryPath(hive, kContractKey, "path"), file);
-    EndRegistryTest();
 }
 
 TEST_F(FilesContract, ANameThatDiffersInCaseOnlyIsTheOneThatIsThere) {

@@ -1,5 +1,5 @@
-// What the suites need from the implementation that they run on, each in a source of its own: a fresh world
-// and an empty registry; and RawPeer, on the sockets of any of them.
+// What the suites need from the implementation that they run on, each in a source of its own; and RawPeer, on
+// the sockets of any of them.
 #pragma once
 
 #include <cstddef>
@@ -9,15 +9,11 @@
 
 #include "os/Sockets.h"
 
-// Before each test: a fresh world where the implementation has one.
-void PrepareContract();
-
 // Every key of the registry's suite lies below this one.
 inline constexpr char kContractKey[] = "software\\Wrenlow contract test";
 
-// Before each test: no value below kContractKey. After it: the same again.
-void BeginRegistryTest();
-void EndRegistryTest();
+// Before each test: a fresh world where the implementation has one, and no value below kContractKey.
+void PrepareContract();
 
 // A client that does what net::TcpSocket never does, such as aborting the connection.
 class RawPeer {

@@ -2,14 +2,8 @@
 
 #include "tests/contract/Implementation.h"
 
-void PrepareContract() {}
-
-void BeginRegistryTest() {
-    EndRegistryTest();
-}
-
 // Key by key, deepest first: SHDeleteKey would be one more library.
-void EndRegistryTest() {
+void PrepareContract() {
     const std::string root = kContractKey;
     for (const auto& key : {root + "\\One\\Two", root + "\\One", root})
         RegDeleteKeyA(HKEY_CURRENT_USER, key.c_str());

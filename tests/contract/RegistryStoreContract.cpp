@@ -14,10 +14,8 @@ constexpr std::size_t kMaxBytes = 4096;
 // Three levels, none of which exists at first.
 const std::string kKey = std::string(kContractKey) + "\\One\\Two";
 
-class RegistryStoreContract : public testing::Test {
- protected:
-    RegistryStoreContract() { BeginRegistryTest(); }
-    ~RegistryStoreContract() override { EndRegistryTest(); }
+struct RegistryStoreContract : testing::Test {
+    RegistryStoreContract() { PrepareContract(); }
 };
 
 std::string Read(const std::string& key, const std::string& name, std::size_t maxBytes = kMaxBytes) {

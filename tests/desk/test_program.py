@@ -7,6 +7,7 @@ from pathlib import Path
 
 from sandbox.desk import OK, PROXY, SETTINGS, Box, Wrenlow, registry_set, registry_values, until
 from sandbox.program import of_windows, run_in_wine
+from sandbox.wire import parse_tlvs
 from tests.desk.test_aim_client import Desk
 
 ABOUT = "menu UUE"  # the last entry but one
@@ -17,6 +18,9 @@ EDIT_PROFILE = "menu DDDE"
 VOLATILE = r"HKEY_CURRENT_USER\Volatile Environment"
 RUN = r"HKCU\Software\Microsoft\Windows\CurrentVersion\Run"
 OPAQUE, HALF = "no layer", "128"
+# As they are stored, and the keys as virtual-key codes.
+HOTKEYS = [("Ctrl+Shift+F8", "Set Away", "Gone to the sea", "17 16 119"), ("Ctrl+Alt+K", "Clear Away", " ", "17 18 75"),
+           ("Ctrl+Shift+F9", "Panic!", " ", "17 16 120")]
 
 
 class Program(Desk):
@@ -178,3 +182,21 @@ class Program(Desk):
         await says(". AIM runs, but it is not set up to use Wrenlow.")
         await registry_set(PROXY, Enabled=1, Host="127.0.0.1", Port=11080, Protocol="SOCKS4")
         await says(", although AIM runs and is set up to use Wrenlow.")
+
+    async def test_hotkeys_set_and_clear_the_away_message_and_end_aim_and_the_program(self):
+        stored = {"n": "2000000000"}  # a damaged list counts as far as it goes
+        for number, (combination, action, text, _) in enumerate(HOTKEYS, 1):
+            stored |= {f"{number}n": combination, f"{number}nt": action, f"{number}na": text}
+        await registry_set(SETTINGS, enablehotkey="1")
+        await registry_set(SETTINGS + r"\hotkeys", **stored)
+        set_away, clear_away, panic = (codes for *_, codes in HOTKEYS)
+        await self.start_set_up()
+        await self.client("Ada")
+        await self.hand.do(f"keys {set_away}", "pressed")
+        sent = await self.service.received("Ada", 2, 4)
+        self.assertEqual(parse_tlvs(sent.data)[4], b"Gone to the sea")
+        await self.hand.do(f"keys {clear_away}", "pressed")
+        await until(lambda: not self.service.user("Ada").away, "the way back")
+        await self.hand.do(f"keys {panic}", "pressed")
+        self.assertEqual(await self.wrenlow.end(), 0)
+        await self.aim.was_ended()

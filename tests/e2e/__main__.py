@@ -8,11 +8,11 @@ import sys
 
 from tests import report
 from tests.e2e import (support, test_aliases, test_bad_input, test_buddies, test_commands, test_end, test_faults,
-                       test_hotkeys, test_load, test_logs, test_sign_on, test_waiting, test_why)
+                       test_load, test_logs, test_sign_on, test_waiting, test_why)
 from tests.e2e.target import Exe, Program, Relay
 
 MODULES = [test_sign_on, test_commands, test_aliases, test_logs, test_faults, test_bad_input, test_load, test_waiting,
-           test_buddies, test_why, test_end, test_hotkeys]
+           test_buddies, test_why, test_end]
 
 
 def main():

@@ -1,6 +1,5 @@
 """The two programs under test, behind one face: started, asked whether they live, and ended as a user would end them."""
 import contextlib
-import fcntl
 import os
 import shutil
 import signal
@@ -14,7 +13,6 @@ from sandbox.program import (PATIENCE, ExeSettings, RelaySettings, end_wine, lis
                              wine_state)
 from tests.e2e.measure import describe
 
-OTHERS_TIME = 600  # seconds that other runs may take with the port
 LINES_TOLD = 60  # of sockets and of output, when a test has failed
 
 
@@ -210,31 +208,21 @@ class WindowsProgram(Program):
 
 
 class Exe:
-    """wrenlow.exe under Wine, in the prefix and on the display of the environment. Its port is fixed, so that only
-    one test run on the machine can have it at a time. It runs as a copy in `data`, because it looks for its alias
+    """wrenlow.exe under Wine, in the prefix and on the display of the environment. Its port is fixed, so that
+    ./test lets only one run on the machine have it at a time. It runs as a copy in `data`, because it looks for its alias
     list beside itself."""
     name = "exe"
     PORT = 11080
-    LOCK_FILE = os.path.join(tempfile.gettempdir(), "port11080.lock")
 
     def __init__(self, path):
         self.path = os.path.abspath(path)
         if "WINEPREFIX" not in os.environ:
             raise SystemExit("WINEPREFIX is not set; ./test e2e-exe sees to it")
-        self._lock = open(self.LOCK_FILE, "w", encoding="ascii")
-        wait_until(self._has_the_port, f"another run has {self.LOCK_FILE}", OTHERS_TIME)
         self._folder = tempfile.TemporaryDirectory()
         self.data = self._folder.name
         self._copy = shutil.copy(path, self.data)
         self.hand = os.path.join(os.path.dirname(self.path), "../../sandbox/hand/hand.exe")
         self.settings = ExeSettings()
-
-    def _has_the_port(self):
-        try:
-            fcntl.flock(self._lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
-            return True
-        except BlockingIOError:
-            return False
 
     def start(self, port=PORT):
         assert port == self.PORT
@@ -248,4 +236,3 @@ class Exe:
 
     def close(self):
         self._folder.cleanup()
-        self._lock.close()

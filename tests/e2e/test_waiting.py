@@ -21,7 +21,9 @@ class Waiting(FeatureTest):
     buddies = ["tomsample"]
 
     async def asyncSetUp(self):
-        self.begin_anew(None)
+        self.kill()
+        if os.path.exists(self.file):
+            os.remove(self.file)
         await super().asyncSetUp()
         self.settings(keepmessages="1")
 
@@ -29,20 +31,12 @@ class Waiting(FeatureTest):
     def file(self):
         return os.path.join(support.target.data, "waiting.dat")
 
-    def begin_anew(self, contents):
-        """Ends the program at once, as kill -9 does; what it finds at its next start is given as bytes."""
+    @staticmethod
+    def kill():
+        """Ends the program at once, as kill -9 does."""
         if support.program:
             support.program.kill()
             support.program = None
-        if contents is not None:
-            with open(self.file, "wb") as file:
-                file.write(contents)
-        elif os.path.exists(self.file):
-            os.remove(self.file)
-
-    def start_again(self):
-        support.program = support.start()
-        self._reported = 0
 
     async def sign_on(self, name, service=None, **options):
         client = self.client(name, service, **options)
@@ -104,14 +98,11 @@ class Waiting(FeatureTest):
 
     async def test_what_no_server_stores_survives_the_program_and_is_sent_when_the_buddy_comes(self):
         service = await self.new_service(keeps=False)
-        with self.subTest("killed at once"):
-            await self.wait_here(service, victim=True)
-            if support.target.name == "relay":
-                self.assertEqual(stat.S_IMODE(os.stat(self.file).st_mode), 0o600)
-            with open(self.file, "rb") as file:
-                kept = file.read()
-            self.begin_anew(kept)
-            self.start_again()
+        await self.wait_here(service, victim=True)
+        if support.target.name == "relay":
+            self.assertEqual(stat.S_IMODE(os.stat(self.file).st_mode), 0o600)
+        self.kill()
+        support.program = support.start()
         service = await self.new_service(keeps=False)
         await self.sign_on("Ada Sample", service)
         tom = await self.come(service)

@@ -47,17 +47,6 @@ class Why(FeatureTest):
             await client.sign_on()
         await client.close()
 
-    async def test_signed_on_and_off(self):
-        ada = self.client("Ada")
-        await ada.sign_on()
-        await self.expect("Ada is signed on.")
-        await ada.close()
-        await self.expect("Ada was signed on; the session was ended by the client.")
-        await ada.sign_on()
-        await self.expect("Ada is signed on.")
-        await self.service.user("Ada").connection.stream.close()
-        await self.expect("Ada was signed on; the session was ended by the server.")
-
     async def test_nothing_listens(self):
         service = await self.new_service()
         service.port = free_port()

@@ -15,7 +15,6 @@
 
 #include "os/Files.h"
 #include "os/RegistryStore.h"
-#include "os/posix/SettingsText.h"
 #include "tests/unit/Reported.h"
 
 namespace {

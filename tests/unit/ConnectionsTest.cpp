@@ -17,8 +17,7 @@ ByteString RequestFor(const std::string& address, std::int32_t port) {
            "00"_hex;
 }
 
-class ConnectionsTest : public testing::Test {
- protected:
+struct ConnectionsTest : testing::Test {
     os::fake::Peer& Ask(const std::string& address, std::int32_t port = 5190) {
         auto& client = Rig::ConnectSilently();
         client.Feed(RequestFor(address, port));
@@ -140,54 +139,52 @@ TEST_F(ConnectionsTest, AnAddressOfIPv6IsAskedForByANumberOfOurOwn) {
 }
 
 TEST_F(ConnectionsTest, TheVerdictSaysWhatBecameOfTheLastSignOn) {
-    struct Access : ConnectionsTest {
-        using ConnectionsTest::Ask, ConnectionsTest::Authorise, ConnectionsTest::BeginSession,
-            ConnectionsTest::SentTo, ConnectionsTest::SignOn, ConnectionsTest::Verdict, ConnectionsTest::rig_;
+    struct Case : ConnectionsTest {
         void TestBody() override {}
     };
     const struct {
         State state;
         const char* text;
-        void (*happens)(Access&);
+        void (*happens)(Case&);
     } cases[] = {
-        {State::NoClient, "No client has connected yet.", [](Access&) {}},
+        {State::NoClient, "No client has connected yet.", [](Case&) {}},
         {State::ClientNotSetUp, "No client has connected yet. AIM runs, but it is not set up to use Wrenlow.",
-         [](Access& test) {
+         [](Case& test) {
              test.rig_.TheOverview().client = {true, true, false};
          }},
-        {State::SigningOn, "AIM is connecting to 203.0.113.5:5190.", [](Access& test) { test.Ask(kPublic); }},
+        {State::SigningOn, "AIM is connecting to 203.0.113.5:5190.", [](Case& test) { test.Ask(kPublic); }},
         {State::ConnectionRefused,
          "The server 203.0.113.5:5190 refuses the connection: nothing listens there.",
-         [](Access& test) {
+         [](Case& test) {
              test.Ask(kPublic);
              Rig::LastServer().RefuseConnect();
          }},
         {State::NoAnswer, "The server 203.0.113.5:5190 does not answer; AIM gave up.",
-         [](Access& test) { End(test.Ask(kPublic)); }},
+         [](Case& test) { End(test.Ask(kPublic)); }},
         {State::NoAnswer, "The server 203.0.113.5:5190 does not answer.",
-         [](Access& test) {
+         [](Case& test) {
              test.Ask(kPublic);
              Rig::LastServer().RefuseConnect(10060);
          }},
         {State::NameUnknown, "The server's name nobody.invalid is not known.",
-         [](Access&) {
+         [](Case&) {
              Rig::ConnectSilently().Feed("04 01 14 46 00 00 00 01 00"_hex + "nobody.invalid" + "00"_hex);
          }},
         {State::Refused, "The server refused to sign My Name on: The password is wrong (error 5).",
-         [](Access& test) { test.Authorise(Tlv(8, "00 05"_hex)); }},
+         [](Case& test) { test.Authorise(Tlv(8, "00 05"_hex)); }},
         {State::SentAstray,
          "The server sent AIM to 198.51.100.9:5190, which cannot be reached from here. Its operator must "
          "change "
          "the address that it advertises.",
-         [](Access& test) {
+         [](Case& test) {
              test.Authorise(SentTo("198.51.100.9:5190"));
              const auto first = os::fake::OutgoingCount();
              test.Ask("198.51.100.9");
              PlacesTried(first);
          }},
-        {State::SignedOn, "My Name is signed on.", [](Access& test) { test.SignOn(); }},
+        {State::SignedOn, "My Name is signed on.", [](Case& test) { test.SignOn(); }},
         {State::SignedOnElsewhere, "My Name was signed off because the same name has signed on elsewhere.",
-         [](Access& test) {
+         [](Case& test) {
              auto pair = test.SignOn();
              pair.server.Feed(Frame(4, 104, Tlv(9, "00 01"_hex) + Tlv(0xB, "http://x")));
              End(pair.server);
@@ -195,31 +192,31 @@ TEST_F(ConnectionsTest, TheVerdictSaysWhatBecameOfTheLastSignOn) {
         {State::Slowed,
          "My Name is signed on, but has sent too much too fast: the server takes nothing more until that has "
          "been quiet for a while.",
-         [](Access& test) { test.SignOn().server.Feed(Frame(2, 104, Snac(1, 0xA, "00 03"_hex))); }},
+         [](Case& test) { test.SignOn().server.Feed(Frame(2, 104, Snac(1, 0xA, "00 03"_hex))); }},
         {State::CutByRateLimit, "The server ended the session of My Name, which had sent too much too fast.",
-         [](Access& test) {
+         [](Case& test) {
              auto pair = test.SignOn();
              pair.server.Feed(Frame(2, 104, Snac(1, 0xA, "00 03"_hex)));
              End(pair.server);
          }},
         {State::EndedByServer,
          "The server 203.0.113.6:5190 ended the connection before My Name was signed on, and gave no reason.",
-         [](Access& test) {
+         [](Case& test) {
              test.Authorise(SentTo("203.0.113.6:5190"));
              End(test.BeginSession(test.Ask("203.0.113.6")).server);
          }},
         {State::EndedByClient, "AIM ended the connection before My Name was signed on.",
-         [](Access& test) {
+         [](Case& test) {
              test.Authorise(SentTo("203.0.113.6:5190"));
              End(test.BeginSession(test.Ask("203.0.113.6")).client);
          }},
         {State::SignedOff, "My Name was signed on; the session was ended by the client.",
-         [](Access& test) { End(test.SignOn().client); }},
+         [](Case& test) { End(test.SignOn().client); }},
         {State::SignedOff, "My Name was signed on; the session was ended by the server.",
-         [](Access& test) { End(test.SignOn().server); }},
+         [](Case& test) { End(test.SignOn().server); }},
     };
     for (const auto& [state, text, happens] : cases) {
-        Access test;
+        Case test;
         happens(test);
         net::ProcessPendingEvents();
         const auto verdict = test.Verdict();

@@ -118,15 +118,6 @@ TEST_F(HooksTest, ACommandReachesEverySessionOfTheNameOnce) {
     EXPECT_EQ(server.Received(), Frame(2, 2, Away("gone")) + Frame(2, 3, Away("back")));
 }
 
-TEST_F(HooksTest, AFrameTooShortForASnacRunsNoHook) {
-    auto [client, server] = rig.SignOn("me");
-    const auto tooShort = Frame(2, 103, "00 04 00 07 00 00 00 00 00"_hex) + Frame(2, 104, "");
-    server.Feed(Frame(2, 102, Incoming("Bob", "hi")) + tooShort);
-    EXPECT_EQ(client.Received(), Frame(2, 102, Incoming("Bob", "hi")) + tooShort);
-    EXPECT_EQ(Log("Bob"), "Bob (13:05:09): hi\r\n");
-    EXPECT_TRUE(Rig::Reports().empty());
-}
-
 TEST_F(HooksTest, AnInjectedFrameTakesTheNextNumberOfTheClientAndIsNotShownToIt) {
     auto [client, server] = rig.SignOn("me");
     client.Feed(Frame(2, 2, "a") + Frame(2, 3, "b").substr(0, 5));

@@ -11,10 +11,10 @@ namespace {
 
 const std::string kFolder = "/program/buddies/";
 
-struct PutBackTest : testing::Test {
+struct PutBackTest : testing::Test, NumberedSession {
     PutBackTest() {
         os::fake::timeOfDay.local = {2004, 5, 6, 13, 5, 9};
-        pair.emplace(rig.SignOn("M e"));
+        SignOn("M e");
         ServerSends(Snac(1, 3, "00 01 00 03 00 13"_hex));
         pair->client.TakeReceived();
         toClient++;
@@ -24,12 +24,6 @@ struct PutBackTest : testing::Test {
         ThePutBack().Cancel();
     }
 
-    // Frames leave by number from where the greeting left the count.
-    void ClientSends(const ByteString& payload) { pair->client.Feed(Frame(2, clientNumber++, payload)); }
-    void ServerSends(const ByteString& payload) { pair->server.Feed(Frame(2, serverNumber++, payload)); }
-    ByteString ToServer(const ByteString& payload) { return Frame(2, toServer++, payload); }
-    ByteString ToClient(const ByteString& payload) { return Frame(2, toClient++, payload); }
-
     static ByteString ListFrame(const BuddyList& list, std::uint32_t request, bool hasMore = false) {
         ByteString data = ByteToStr(0) + Word(list.size());
         for (const auto& item : list) data += item.ToBytes();
@@ -38,10 +32,6 @@ struct PutBackTest : testing::Test {
         return payload;
     }
     static std::size_t KeptCount() { return KeptLists().size(); }
-
-    Rig rig;
-    std::optional<Rig::Pair> pair;
-    std::int32_t clientNumber = 2, serverNumber = 102, toServer = 2, toClient = 102;
 };
 
 const BuddyItem kRoot{"", 0, 0, BuddyItem::Group, Tlv(0xC8, "00 01"_hex)};

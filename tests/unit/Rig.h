@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -100,4 +101,22 @@ class Rig {
     Reported reported_;
     Relay relay_;
     Overview overview_{relay_};
+};
+
+// One session of a rig whose frames carry the numbers that follow the greetings.
+struct NumberedSession {
+    void SignOn(const std::string& name) {
+        pair.emplace(rig.SignOn(name));
+        clientNumber = toServer = 2;
+        serverNumber = toClient = 102;
+    }
+    void ClientSends(const ByteString& payload) { pair->client.Feed(Frame(2, clientNumber++, payload)); }
+    void ServerSends(const ByteString& payload) { pair->server.Feed(Frame(2, serverNumber++, payload)); }
+    // What the other side gets.
+    ByteString ToServer(const ByteString& payload) { return Frame(2, toServer++, payload); }
+    ByteString ToClient(const ByteString& payload) { return Frame(2, toClient++, payload); }
+
+    Rig rig;
+    std::optional<Rig::Pair> pair;
+    std::int32_t clientNumber = 0, serverNumber = 0, toServer = 0, toClient = 0;
 };

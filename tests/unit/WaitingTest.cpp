@@ -15,20 +15,13 @@ namespace {
 constexpr char kFile[] = "/program/waiting.dat";
 constexpr std::int64_t kNow = 1'000'000'000;
 
-struct WaitingTest : testing::Test {
+struct WaitingTest : testing::Test, NumberedSession {
     WaitingTest() {
         TheWaitingMessages().Forget();
         for (const char* name : {"keepmessages", "fetchmessages"}) modRegistry::WriteSetting(name, "1");
         os::fake::timeOfDay.secondsSince1970 = kNow;
         os::fake::PutFile("/program/repl.dat", "tom1\r\nTom\r\n");
     }
-
-    // Frames leave by number from where the greeting left the count.
-    void Start() { pair.emplace(rig.SignOn("me")); }
-    void ClientSends(const ByteString& payload) { pair->client.Feed(Frame(2, clientNumber++, payload)); }
-    void ServerSends(const ByteString& payload) { pair->server.Feed(Frame(2, serverNumber++, payload)); }
-    ByteString ToServer(const ByteString& payload) { return Frame(2, toServer++, payload); }
-    ByteString ToClient(const ByteString& payload) { return Frame(2, toClient++, payload); }
 
     static ByteString Im(const ByteString& name, const ByteString& tlvs = {}) {
         return OutgoingData(name, Tlv(2, MessageData("hi")) + tlvs);
@@ -58,7 +51,7 @@ struct WaitingTest : testing::Test {
 
     // The client's message to Tom is refused, and offered once more under request kFirst.
     void Refuse() {
-        Start();
+        SignOn("me");
         ClientSends(Message(7, Im("Tom")));
         EXPECT_EQ(pair->server.TakeReceived(), ToServer(Message(7, Im("tom1"))));
         ServerSends(Refusal(7));
@@ -68,9 +61,6 @@ struct WaitingTest : testing::Test {
     }
 
     static constexpr std::uint32_t kFirst = 0x57000001;
-    Rig rig;
-    std::optional<Rig::Pair> pair;
-    std::int32_t clientNumber = 2, serverNumber = 102, toServer = 2, toClient = 102;
 };
 
 }  // namespace
@@ -113,7 +103,7 @@ TEST_F(WaitingTest, AMessageThatNobodyTakesIsSentWhenTheBuddyComes) {
 
 TEST_F(WaitingTest, TwoSessionsOfOneNameSendOnce) {
     Keep(Im("tom1"));
-    Start();
+    SignOn("me");
     auto second = rig.SignOn("me");
     ServerSends(Arrival("tom1"));
     second.server.Feed(Frame(2, 102, Arrival("tom1")));
@@ -129,7 +119,7 @@ TEST_F(WaitingTest, TwoSessionsOfOneNameSendOnce) {
 
 TEST_F(WaitingTest, MessagesLeaveOneASecond) {
     for (int i = 0; i < 3; ++i) Keep(Im("tom1"));
-    Start();
+    SignOn("me");
     ServerSends(Arrival("tom1"));
     for (std::uint32_t i = 0; i < 3; ++i) {
         os::fake::AdvanceClock(i == 0 ? 10 : 1000);
@@ -151,9 +141,8 @@ TEST_F(WaitingTest, AConnectionThatEndsBeforeTheAnswerCostsNoMessage) {
     Refuse();
     End(pair->server);
     TheWaitingMessages().Forget();
-    Start();
+    SignOn("me");
     pair->server.TakeReceived();
-    clientNumber = 2, serverNumber = 102, toServer = 2;
     ServerSends(Arrival("tom1"));
     os::fake::AdvanceClock(1000);
     EXPECT_EQ(pair->server.TakeReceived(), ToServer(Message(kFirst, Im("tom1", Tlv(3, "")))));
@@ -180,7 +169,7 @@ TEST_F(WaitingTest, WhatIsNotOursPassesUntouched) {
         EXPECT_EQ(pair->server.TakeReceived(), "");
         EXPECT_EQ(pair->client.TakeReceived(), ToClient(refusal));
     };
-    Start();
+    SignOn("me");
     passes(Message(1, Im("bob", Tlv(6, ""))), Refusal(1));  // its client knows how to have it stored
     passes(Message(2, Im("bob")), Refusal(2, 1));           // refused for another reason
     passes(Message(6, Im("bob", Tlv(4, ""))), Refusal(6));  // an automatic reply is of the moment
@@ -202,7 +191,7 @@ TEST_F(WaitingTest, AFileThatCannotBeReadOrWrittenCostsTheKeepingAndNoFrame) {
     };
     const auto strangers = WaitingBytes({{0, 1, 0, "me", "bob", "bob", Im("ada"), false}});
     const std::string huge(WaitingMessages::kMaxFileBytes + 1, 'x');
-    Start();
+    SignOn("me");
     std::uint32_t request = 7;
     for (const auto& bytes : {std::string("hostile"), strangers, huge}) {
         TheWaitingMessages().Forget();
@@ -226,7 +215,7 @@ TEST_F(WaitingTest, AFileThatCannotBeReadOrWrittenCostsTheKeepingAndNoFrame) {
 }
 
 TEST_F(WaitingTest, AFileThatStandsStillIsLeftAloneForAMinute) {
-    Start();
+    SignOn("me");
     os::fake::SlowWrites(kFile, 2000);
     os::fake::FailWrites(kFile, 5);
     for (std::uint32_t request = 1; request < 5; ++request) {
@@ -239,7 +228,7 @@ TEST_F(WaitingTest, AFileThatStandsStillIsLeftAloneForAMinute) {
 struct FetchTest : WaitingTest {
     // The server offers its families, the client is ready, and so much time passes.
     void BeReady(std::int64_t milliseconds) {
-        Start();
+        SignOn("me");
         ServerSends(Snac(1, 3, "00 01 00 04"_hex));
         ClientSends(Snac(1, 2, ""));
         pair->client.TakeReceived();
@@ -293,7 +282,6 @@ TEST_F(FetchTest, AClientThatAsksItselfGetsItsOwnAnswer) {
     EXPECT_EQ(pair->server.TakeReceived(), ToServer(SnacPayload(4, 0x10, 9)));
     Expect(SnacPayload(4, 0x17, 9), SnacPayload(4, 0x17, 9));
     modRegistry::WriteSetting("fetchmessages", "0");
-    clientNumber = 2, serverNumber = 102, toServer = 2, toClient = 102;
     BeReady(5000);
     EXPECT_EQ(pair->server.TakeReceived(), "");
 }

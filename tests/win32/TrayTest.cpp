@@ -172,16 +172,13 @@ TEST_F(RealTray, ALetterChoosesAndAChoiceThatFailsIsReportedAndTheMenuOpensAgain
 }
 
 TEST_F(RealTray, EscAndAClickElsewhereRaiseNothing) {
-    PostRightPress();
-    Use([] {
-        ASSERT_TRUE(MenusOpen(1));
-        PressKey(VK_ESCAPE);
-    });
-    PostRightPress();
-    Use([] {
-        ASSERT_TRUE(MenusOpen(1));
-        ClickAt(30, 300);
-    });
+    for (const bool byKey : {true, false}) {
+        PostRightPress();
+        Use([=] {
+            ASSERT_TRUE(MenusOpen(1));
+            byKey ? PressKey(VK_ESCAPE) : ClickAt(30, 300);
+        });
+    }
     EXPECT_EQ(presses_, 2);
     EXPECT_EQ(chosen_, "");
 }
