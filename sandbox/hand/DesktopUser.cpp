@@ -129,7 +129,7 @@ bool GoDownTo(const std::wstring& entry) {
         const auto before = SelectedEntry();
         if (before == entry) return true;
         PressKey(VK_DOWN);
-        const auto end = GetTickCount() + 300;
+        const auto end = GetTickCount() + kPatienceMs / 4;  // then the press was lost
         while (SelectedEntry() == before && static_cast<LONG>(GetTickCount() - end) < 0) Sleep(5);
         return false;
     });

@@ -193,7 +193,12 @@ std::string OpenByDoubleClick() {
     const HWND tray = TrayWindowHandle();
     if (tray == nullptr) return "no tray icon";
     PostMessageA(tray, WM_MOUSEMOVE, 0, WM_LBUTTONDBLCLK);
-    return Eventually([] { return VisibleWindow("Wrenlow") != nullptr; }) ? "open" : "no window";
+    return Eventually([] {
+        const HWND window = VisibleWindow("Wrenlow");
+        return window != nullptr && GetForegroundWindow() == window;  // keys go there
+    })
+               ? "open"
+               : "no window";
 }
 
 std::string PressTogether(const std::string& codes) {

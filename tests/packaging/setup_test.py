@@ -76,6 +76,7 @@ class Setup(unittest.IsolatedAsyncioTestCase):
 
     def start(self):
         process = windows.start(self.home / "wrenlow.exe")
+        self.addCleanup(wait_until, lambda: not listens(Exe.PORT), "Wrenlow does not end")  # be it another than this one
         self.addCleanup(process.wait)
         self.addCleanup(windows.run, of_windows("taskkill"), "/im", "wrenlow.exe")
         self.wait_until_listening()
@@ -146,7 +147,7 @@ class Setup(unittest.IsolatedAsyncioTestCase):
         windows.write(PROXY_KEY, "Port", 1080)
         self.uninstall("/SETTINGS")
         self.assertIsNone(windows.values(SETTINGS_KEY))
-        self.assertFalse(self.home.exists())
+        wait_until(lambda: not self.home.exists(), "the folder stays")  # it goes last
         self.assertEqual(windows.values(PROXY_KEY)["Enabled"], 1)
 
     async def reach_out(self):
@@ -195,6 +196,7 @@ class Setup(unittest.IsolatedAsyncioTestCase):
     async def test_a_program_that_does_not_close_is_given_up_in_silence_and_asked_about_otherwise(self):
         self.install(OLD)
         program = self.start()
+        self.wait_until_set_up()  # stopped earlier, it would hold up others
         hand = await self.reach_out()
 
         async def turn_page(*page):
