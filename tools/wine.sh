@@ -38,5 +38,7 @@ wine_desktop() {
 
 wine_end() {
     wineserver -k 2>/dev/null || true
-    [ -z "$wine_display_pid" ] || kill "$wine_display_pid" 2>/dev/null || true
+    [ -n "$wine_display_pid" ] || return 0
+    kill "$wine_display_pid" 2>/dev/null || true
+    wait "$wine_display_pid" 2>/dev/null || true  # the display's number is free then
 }
