@@ -102,6 +102,8 @@ class Connection:
         if cookie is None:
             return  # the authorisation connection goes on with SNACs
         self.name, family = self.service.cookies.pop(cookie)
+        if family == BOS and self.service.ends_sessions:
+            return await self.stream.close()
         if family == BOS:
             self.kind = "bos"
             await self.service.sign_on(self)
@@ -120,6 +122,8 @@ class Connection:
     async def on_17_02(self, data, request):
         self.name = parse_tlvs(data)[1].decode("latin-1")
         name = tlv(1, self.name.encode("latin-1"))
+        if self.service.login_error:
+            return await self.send_snac(0x17, 3, name + tlv(8, struct.pack(">H", self.service.login_error)), request)
         cookie, address = self.service.new_cookie(self.name, BOS), self.service.advertised_address()
         await self.send_snac(0x17, 3, name + tlv(5, address) + tlv(6, cookie) + tlv(0x11, b"a@example.com"), request)
 
@@ -218,6 +222,8 @@ class Connection:
             self.service.stored.setdefault(self.service.key(name), []).append((message, int(time.time())))
         if 3 in tlvs:
             await self.send_snac(4, 0xC, cookie_and_channel + wire.pack_name(name), request)
+        if self.service.parts:
+            await self.stream.close()
 
     async def on_04_10(self, _data, request):
         """What waits for the user, each message with the time at which it was sent."""
@@ -288,18 +294,20 @@ class Connection:
 class Service:
     """`first_seq` is the number of the first frame on every connection; `pause` (seconds) lies between the
     pieces of each frame. `on_event` sees every event as it happens.
-    A service that `keeps` stores messages for whoever is off line, when asked to (TLV 6).
+    A service that `keeps` stores messages for whoever is off line, when asked to (TLV 6); one that `parts` ends a
+    connection as soon as it has accepted a message.
 
-    It misbehaves on request: `advertised` is the host that it sends clients to instead of its own."""
+    It misbehaves on request: `advertised` is the host that it sends clients to instead of its own, `login_error` the
+    number with which it refuses everybody, and with `ends_sessions` it ends each session before it has begun."""
 
-    def __init__(self, host="127.0.0.1", first_seq=100, pause=0.0, on_event=None, keeps=True,
-                 advertised=None):
+    def __init__(self, host="127.0.0.1", first_seq=100, pause=0.0, on_event=None, keeps=True, parts=False,
+                 advertised=None, login_error=0, ends_sessions=False):
         self.host, self.port = host, 0
-        self.advertised = advertised
+        self.advertised, self.login_error, self.ends_sessions = advertised, login_error, ends_sessions
         self.given = []  # all cookies
         self.users, self.cookies, self.room = {}, {}, set()
         self.lists, self.items_in_frame = {}, 100  # lists: {(name, group, number, kind): {type: value}} by screen name
-        self.keeps, self.stored = keeps, {}  # stored: [(message, seconds since 1970)] by receiver
+        self.keeps, self.parts, self.stored = keeps, parts, {}  # stored: [(message, seconds since 1970)] by receiver
         self.events = Record()
         self._first_seq, self._pause, self._on_event = first_seq, pause, on_event
         self._server, self._tasks = None, set()

@@ -1,13 +1,18 @@
 """What a feature cannot do costs one report; the frame goes on as it was, and so does everything after it."""
+import asyncio
 import contextlib
 import os
 import resource
+import shutil
+import signal
 import subprocess
 from pathlib import Path
 
-from sandbox.desk import Hand
+from sandbox.desk import Hand, until
 from tests.e2e import support
 from tests.e2e.support import FeatureTest
+
+SLOW = 1.1  # seconds; a write that takes more than one makes logging pause
 
 
 class LogFolders(FeatureTest):
@@ -78,6 +83,40 @@ class LogFolders(FeatureTest):
     async def test_the_last_descriptor_taken(self):
         limit = self.limit(resource.RLIMIT_NOFILE)  # told: the settings cannot be read, nor the log written
         await self.survives(self.folder(), call(limit, 3), call(limit), told=2)
+
+    async def test_a_share_that_stands_still_is_left_alone_after_the_first_message(self):
+        if support.target.name != "relay" or os.geteuid() != 0 or not shutil.which("bindfs"):
+            self.skipTest("only bindfs, run by root, makes a share that can be stopped")
+        behind, folder = self.folder(), self.folder()
+        share = subprocess.Popen(["bindfs", "-f", behind, folder])
+
+        def end():
+            share.send_signal(signal.SIGCONT)
+            subprocess.run(["umount", "--lazy", folder], check=False)
+            share.wait()
+        self.addCleanup(end)
+        await until(lambda: os.path.ismount(folder) or share.poll() is not None, "the share")
+        if share.poll() is not None:
+            self.skipTest("nothing can be mounted here")
+        await self.sign_on()
+        self.log_to(folder)
+        await self.say("first", 0)
+
+        share.send_signal(signal.SIGSTOP)
+        held = asyncio.create_task(self.say("held", 1))
+        await until(self.waits_for_the_share, "the write to stand still")
+        await asyncio.sleep(SLOW)
+        share.send_signal(signal.SIGCONT)
+        await held
+        share.send_signal(signal.SIGSTOP)
+        await self.say("passes", 0)
+        share.send_signal(signal.SIGCONT)
+        self.assertEqual(self.logs(folder), {"AdaSample DATE.txt": b"Ada Sample (TIME): first\r\nAdaSample (TIME): first\r\n"
+                                                                   b"Ada Sample (TIME): held\r\n"})
+
+    @staticmethod
+    def waits_for_the_share():
+        return Path("/proc", str(support.program.pid), "wchan").read_text() == "request_wait_answer"
 
     async def test_a_file_that_another_program_has_locked(self):
         if support.target.name != "exe":

@@ -7,6 +7,7 @@ import time
 
 from sandbox import wire
 from sandbox.desk import Hand
+from sandbox.record import within
 from sandbox.wire import parse_tlvs, tlv
 from tests.e2e import support
 from tests.e2e.support import FeatureTest
@@ -109,6 +110,40 @@ class Waiting(FeatureTest):
         self.assertEqual((await tom.hear())[1], "in the file")
         wait_until(lambda: not os.path.exists(self.file), "the file to be gone")
         await self.hears_only(tom)
+
+    async def test_a_server_that_acknowledges_and_parts(self):
+        service = await self.new_service(parts=True)
+        ada = await self.sign_on("Ada Sample", service)
+        await self.post(ada, "stored")
+        await within(ada.bos.ended(), "the end")
+        self.assertFalse(os.path.exists(self.file))
+        service.parts = False
+        await self.sign_on("Ada Sample", service)
+        await self.hears_only(await self.come(service), "stored")
+
+    async def refusals_pass(self, reports=1, **options):
+        """What cannot be kept is refused to the client as ever, and told once."""
+        ada = await self.sign_on("Ada Sample", **options)
+        for _ in range(3):
+            self.assertEqual(await self.answer(ada, await self.post(ada, "unkept")), 1)
+        await self.sign_on("tomsample", **options)  # his coming is no reason to read the file again
+        self.expect_reports(reports)
+
+    async def test_a_file_that_is_none_of_ours_or_huge_is_left_alone(self):
+        for contents in (b"hostile", b"Wrenlow waiting messages 1\n\xff\xff\xff\xff", bytes(5_000_000)):
+            with self.subTest(contents[:30]):
+                self.kill()
+                with open(self.file, "wb") as file:
+                    file.write(contents)
+                support.program, self._reported = support.start(), 0
+                await self.refusals_pass(victim=True)  # of the next kill
+                with open(self.file, "rb") as file:
+                    self.assertEqual(file.read(), contents)
+
+    async def test_a_disk_that_cannot_be_written(self):
+        os.mkdir(self.file + ".new")  # in the way of the file to be renamed
+        self.addCleanup(os.rmdir, self.file + ".new")
+        await self.refusals_pass()
 
     async def test_a_file_that_another_program_has_locked(self):
         if support.target.name != "exe":

@@ -3,17 +3,20 @@ server when the advertised address is wrong."""
 import asyncio
 import os
 import shutil
+import struct
 import subprocess
 
 from sandbox.desk import Hand
 from sandbox.program import PATIENCE
-from sandbox.wire import DATA, pack_item, pack_name, tlv
+from sandbox.wire import DATA, HELLO, pack_item, pack_name, tlv
 from tests.e2e import support
 from tests.e2e.support import FeatureTest
 from tests.e2e.target import free_port
 
 NOWHERE = "127.0.0.2"  # nobody listens there
 NEXT_PAGE = "17 9"  # Ctrl+Tab
+RATES = 0x0A
+LIMITED = struct.pack(">HHIIIIIIIIB", 3, 1, 80, 2500, 2000, 1500, 800, 1400, 6000, 0, 0)
 
 
 class Why(FeatureTest):
@@ -47,6 +50,22 @@ class Why(FeatureTest):
             await client.sign_on()
         await client.close()
 
+    async def test_signed_on_and_off(self):
+        ada = self.client("Ada")
+        await ada.sign_on()
+        await self.expect("Ada is signed on.")
+        await ada.close()
+        await self.expect("Ada was signed on; the session was ended by the client.")
+        await ada.sign_on()
+        await self.expect("Ada is signed on.")
+        await self.service.user("Ada").connection.stream.close()
+        await self.expect("Ada was signed on; the session was ended by the server.")
+
+    async def test_refused_by_the_server(self):
+        service = await self.new_service(login_error=5)
+        await self.fails_to_sign_on(self.client("Ada", service, victim=True))
+        await self.expect("The server refused to sign Ada on: The password is wrong (error 5).")
+
     async def test_nothing_listens(self):
         service = await self.new_service()
         service.port = free_port()
@@ -74,6 +93,38 @@ class Why(FeatureTest):
         await self.fails_to_sign_on(self.client("Ada", service, victim=True))
         await self.expect(f"The server sent AIM to {NOWHERE}:{service.port}, which cannot be reached from here. Its operator "
                           "must change the address that it advertises.")
+
+    async def test_signed_on_elsewhere(self):
+        ada = self.client("Ada", victim=True)
+        await ada.sign_on()
+        elsewhere = self.client("Ada")
+        elsewhere._via = None
+        await elsewhere.sign_on()
+        await self.expect("Ada was signed off because the same name has signed on elsewhere.")
+
+    async def test_slowed_and_cut_by_the_rate_limit(self):
+        ada = self.client("Ada", victim=True)
+        await ada.sign_on()
+        at_server = self.service.user("Ada").connection
+        await at_server.send_snac(1, RATES, LIMITED)
+        await self.expect("Ada is signed on, but has sent too much too fast: the server takes nothing more until that has been "
+                          "quiet for a while.")
+        await at_server.stream.close()
+        await self.expect("The server ended the session of Ada, which had sent too much too fast.")
+
+    async def test_aim_ends_the_session_before_it_has_begun(self):
+        ada = self.client("Ada", victim=True)
+        address, cookie = await ada._authorise()
+        await (await ada._open(address)).hello(HELLO + tlv(6, cookie))
+        await self.expect("Ada is signing on.")
+        await ada.close()
+        await self.expect("AIM ended the connection before Ada was signed on.")
+
+    async def test_the_server_ends_the_session_before_it_has_begun(self):
+        service = await self.new_service(ends_sessions=True)
+        await self.fails_to_sign_on(self.client("Ada", service, victim=True))
+        await self.expect(f"The server 127.0.0.1:{service.port} ended the connection before Ada was signed on, and gave no "
+                          "reason.")
 
     async def test_a_wrong_address_costs_neither_the_session_nor_its_services_nor_a_byte(self):
         service = await self.new_service(advertised=NOWHERE)
