@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/RuntimeError.h"
+#include "base/Text.h"
 #include "os/Files.h"
 #include "os/fake/FakeClock.h"
 #include "os/fake/FakeWorld.h"
@@ -15,12 +16,17 @@ namespace {
 
 constexpr std::int32_t kNotFound = 3;
 
+// Of a file or of what lies below a folder.
+struct Trouble {
+    std::int32_t number = 0;  // with which changes fail
+    bool isUnreadable = false;
+    std::int64_t milliseconds = 0;  // of every change
+};
+
 struct Contents {
     std::map<std::string, std::string> files;
     std::set<std::string> folders{"", "/", "/program"};
-    std::map<std::string, std::int32_t> failingWrites;
-    std::set<std::string> failingReads;
-    std::map<std::string, std::int64_t> slowWrites;
+    std::map<std::string, Trouble> troubles;
     std::map<std::string, std::int64_t> changed;  // counted, by file
 };
 Contents& disk = os::fake::Fresh<Contents>();
@@ -37,10 +43,6 @@ std::string Plain(const std::string& text) {
     return Plain(os::Path::FromText(text));
 }
 
-char Lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 std::string ParentOf(const std::string& path) {
     const auto slash = path.rfind('/');
     if (slash == std::string::npos) return {};
@@ -55,10 +57,10 @@ bool LiesAtOrBelow(const std::string& path, const std::string& place) {
 // Counts the change, lets its time pass and throws when it is to fail.
 void BeginChange(const std::string& path) {
     ++os::fake::files.writes;
-    for (const auto& [place, milliseconds] : disk.slowWrites)
-        if (LiesAtOrBelow(path, place)) os::fake::MoveClock(milliseconds);
-    for (const auto& [place, number] : disk.failingWrites) {
-        if (LiesAtOrBelow(path, place)) throw RuntimeError(number, "The change was made to fail");
+    for (const auto& [place, trouble] : disk.troubles) {
+        if (!LiesAtOrBelow(path, place)) continue;
+        os::fake::MoveClock(trouble.milliseconds);
+        if (trouble.number != 0) throw RuntimeError(trouble.number, "The change was made to fail");
     }
     if (!disk.folders.contains(ParentOf(path))) throw RuntimeError(kNotFound, "Path not found");
 }
@@ -88,8 +90,8 @@ void os::MakeFolder(const Path& path) {
 
 std::optional<std::string> os::ReadWholeFile(const Path& path, std::size_t maxBytes) {
     const auto plain = Plain(path);
-    for (const auto& place : disk.failingReads) {
-        if (LiesAtOrBelow(plain, place)) return std::nullopt;
+    for (const auto& [place, trouble] : disk.troubles) {
+        if (trouble.isUnreadable && LiesAtOrBelow(plain, place)) return std::nullopt;
     }
     const auto found = disk.files.find(plain);
     if (found == disk.files.end()) return std::nullopt;
@@ -129,14 +131,10 @@ void os::RemoveFile(const Path& path) {
 
 os::Path os::InSpellingOfDisk(const Path& folder, std::string_view name) {
     const auto wanted = Plain(folder / name);
-    const auto same = [](char a, char b) { return Lower(a) == Lower(b); };
-    const auto find = [&](const std::string& path) {
-        return std::equal(path.begin(), path.end(), wanted.begin(), wanted.end(), same);
-    };
     for (const auto& [path, bytes] : disk.files)
-        if (find(path)) return Path::FromSystem(path);
+        if (SameWithoutCase(path, wanted)) return Path::FromSystem(path);
     for (const auto& path : disk.folders)
-        if (find(path)) return Path::FromSystem(path);
+        if (SameWithoutCase(path, wanted)) return Path::FromSystem(path);
     return folder / name;
 }
 
@@ -194,15 +192,13 @@ std::optional<std::string> os::fake::FileText(const std::string& path) {
 }
 
 void os::fake::FailWrites(const std::string& path, std::int32_t number) {
-    disk.failingWrites.erase(Plain(path));
-    if (number != 0) disk.failingWrites[Plain(path)] = number;
+    disk.troubles[Plain(path)].number = number;
 }
 
 void os::fake::FailReads(const std::string& path, bool fail) {
-    disk.failingReads.erase(Plain(path));
-    if (fail) disk.failingReads.insert(Plain(path));
+    disk.troubles[Plain(path)].isUnreadable = fail;
 }
 
 void os::fake::SlowWrites(const std::string& path, std::int64_t milliseconds) {
-    disk.slowWrites[Plain(path)] = milliseconds;
+    disk.troubles[Plain(path)].milliseconds = milliseconds;
 }

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -16,11 +17,6 @@
 #include "os/fake/FakeWire.h"
 
 namespace os::fake {
-
-inline constexpr std::int32_t kConnectionRefused = 10061;
-inline constexpr std::int32_t kConnectionReset = 10054;
-inline constexpr std::int32_t kAddressInUse = 10048;
-inline constexpr std::int32_t kHostNotFound = 11001;
 
 class Peer {
  public:
@@ -73,18 +69,17 @@ class Peer {
     std::shared_ptr<End> end_;
 };
 
-std::size_t CountOutgoing();
-Peer& OutgoingAt(std::size_t index);
+std::deque<Peer>& OutgoingPeers();
 
 // The outgoing connections to other hosts since ResetWorld, in the order in which they were begun; what is
 // pending is handled first, because a name has to be looked up.
 inline std::size_t OutgoingCount() {
     net::ProcessPendingEvents();
-    return CountOutgoing();
+    return OutgoingPeers().size();
 }
 inline Peer& Outgoing(std::size_t index) {
     net::ProcessPendingEvents();
-    return OutgoingAt(index);
+    return OutgoingPeers().at(index);
 }
 
 // A client connects to the listener on the port. Throws std::logic_error when nobody listens there.

@@ -2,19 +2,14 @@
 
 #include <algorithm>
 
+#include "base/Text.h"
+
 namespace os {
 namespace {
 
 // Case does not matter in keys and names.
-std::string Fold(std::string text) {
-    for (char& c : text) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    return text;
-}
-
 std::pair<std::string, std::string> PlaceOf(const std::string& keyPath, const std::string& name) {
-    auto key = Fold(keyPath);
-    while (key.ends_with('\\')) key.pop_back();
-    return {key, Fold(name)};
+    return {LowerCase(TrimEnd(keyPath, "\\")), LowerCase(name)};
 }
 
 }  // namespace

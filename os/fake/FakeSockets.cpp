@@ -17,6 +17,7 @@ using os::fake::End;
 using os::fake::Peer;
 using Side = std::shared_ptr<End>;
 
+constexpr std::int32_t kAddressInUse = 10048;
 constexpr std::uint16_t kFirstFreePort = 49152;
 constexpr std::array<std::uint8_t, 4> kLoopback{127, 0, 0, 1};
 
@@ -93,7 +94,7 @@ class Answers : public os::Watched {
                 continue;
             }
             const auto addresses = AddressesOf(lookUp.host);
-            lookUp.receiver->LookedUp(lookUp.id, addresses.empty() ? os::fake::kHostNotFound : 0, addresses);
+            lookUp.receiver->LookedUp(lookUp.id, addresses.empty() ? os::kUnknownName : 0, addresses);
         }
     }
 };
@@ -101,7 +102,7 @@ Answers& answers = *new Answers;
 
 const os::fake::WorldPart part([] {
     for (auto& [handle, socket] : network.sockets) {
-        if (socket.end) socket.end->failure = os::fake::kConnectionReset;
+        if (socket.end) socket.end->failure = os::kConnectionReset;
         socket.listensOn = 0;
         socket.backlog.clear();
     }
@@ -116,8 +117,8 @@ const os::fake::WorldPart part([] {
 
 namespace os {
 
-const std::int32_t kConnectionRefused = fake::kConnectionRefused;
-const std::int32_t kConnectionReset = fake::kConnectionReset;
+const std::int32_t kConnectionRefused = 10061;
+const std::int32_t kConnectionReset = 10054;
 const std::int32_t kNoMemory = 10055;
 const std::int32_t kTryAgain = 11002;
 const std::int32_t kTimedOut = 10060;
@@ -135,10 +136,10 @@ void StartLookUp(std::uint64_t id, const std::string& host, LookUpReceiver& rece
 // A reset when there is something that nobody has read, as systems do.
 void CloseSocket(SocketHandle handle) {
     const auto closed = std::move(network.sockets.extract(handle).mapped());
-    for (const auto& waiting : closed.backlog) fake::Abort(*waiting, fake::kConnectionReset);
+    for (const auto& waiting : closed.backlog) fake::Abort(*waiting, kConnectionReset);
     if (!closed.end) return;
     if (closed.end->resetsOnClose || !closed.end->inbox.empty() || !closed.end->isConnected)
-        return fake::Abort(*closed.end, fake::kConnectionReset);
+        return fake::Abort(*closed.end, kConnectionReset);
     fake::EndDirection(*closed.end);
 }
 
@@ -157,7 +158,7 @@ Transfer Discard(SocketHandle handle, std::span<char> scratch) {
 
 Transfer Send(SocketHandle handle, std::span<const Part> parts) {
     auto& end = EndOf(handle);
-    if (end.failure != 0 || !end.isConnected) return {Outcome::Failed, 0, fake::kConnectionReset};
+    if (end.failure != 0 || !end.isConnected) return {Outcome::Failed, 0, kConnectionReset};
     const auto other = end.other.lock();
     end.hasNoBuffers = network.refusedSends > 0;
     if (end.hasNoBuffers) {
@@ -171,7 +172,7 @@ Transfer Send(SocketHandle handle, std::span<const Part> parts) {
         sent += count;
     }
     // Nobody is there any more, which the sender hears later.
-    if (!other) end.failure = fake::kConnectionReset;
+    if (!other) end.failure = kConnectionReset;
     return {sent > 0 ? Outcome::Done : Outcome::WouldBlock, sent, 0};
 }
 
@@ -188,7 +189,7 @@ void StartConnecting(SocketHandle handle, const Address& address, std::uint16_t 
             !address.isIPv6 && std::equal(kLoopback.begin(), kLoopback.end(), address.bytes.begin());
         auto* const listener = isLocal ? Listener(port) : nullptr;
         if (listener == nullptr) {
-            end->failure = fake::kConnectionRefused;
+            end->failure = kConnectionRefused;
             return;
         }
         fake::Join(end, other);
@@ -221,7 +222,7 @@ std::int32_t PendingError(SocketHandle handle) {
 }
 
 bool StoodBefore(std::int32_t error) {
-    return error == fake::kConnectionReset;
+    return error == kConnectionReset;
 }
 
 std::size_t UnsentBytes(SocketHandle) {
@@ -237,7 +238,7 @@ void ResetOnClose(SocketHandle handle) {
 }
 
 Socket ListenOnLoopback(std::uint16_t port) {
-    if (port != 0 && Listener(port) != nullptr) throw RuntimeError(fake::kAddressInUse, "Address in use");
+    if (port != 0 && Listener(port) != nullptr) throw RuntimeError(kAddressInUse, "Address in use");
     while (port == 0 || Listener(port) != nullptr)
         port = ++network.lastPort < kFirstFreePort ? std::uint16_t{0} : network.lastPort;
     return Open({nullptr, port, {}});
@@ -295,12 +296,8 @@ std::uint32_t ReadyEvents(SocketHandle handle, std::uint32_t wanted) {
     return events & (wanted | kBroken);
 }
 
-std::size_t CountOutgoing() {
-    return network.outgoing.size();
-}
-
-Peer& OutgoingAt(std::size_t index) {
-    return network.outgoing.at(index);
+std::deque<Peer>& OutgoingPeers() {
+    return network.outgoing;
 }
 
 Peer& ConnectTo(std::uint16_t port) {

@@ -4,6 +4,8 @@
 // (ProcessPendingEvents, RunEventLoopUntil, AdvanceClock).
 #pragma once
 
+#include <vector>
+
 #include "net/EventLoop.h"
 
 namespace os::fake {
@@ -11,7 +13,12 @@ namespace os::fake {
 // A fake's share of ResetWorld, to be made once beside its state. A fake that is not linked has no share.
 class WorldPart {
  public:
-    explicit WorldPart(void (*reset)());
+    explicit WorldPart(void (*reset)()) { All().push_back(reset); }
+
+    static std::vector<void (*)()>& All() {
+        static std::vector<void (*)()> parts;
+        return parts;
+    }
 };
 
 // The state of a fake, which tests read and set; ResetWorld makes it new. Never destroyed: what has static
@@ -23,13 +30,11 @@ State& Fresh() {
     return state;
 }
 
-void ResetFakes();
-
 // Forgets everything: connections, listeners, files, settings, boxes, menus, other programs. To be called
 // before each test; connections that still exist are broken, and the loop hears of it. The steady clock goes
 // on, as it always does.
 inline void ResetWorld() {
-    ResetFakes();
+    for (auto* const reset : WorldPart::All()) reset();
     net::ProcessPendingEvents();
 }
 
