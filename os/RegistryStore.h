@@ -28,6 +28,8 @@ inline constexpr std::uint32_t DWord = 4;             // REG_DWORD, lowest byte 
 struct RegistryValue {
     std::uint32_t type;
     std::string data;
+
+    bool operator==(const RegistryValue&) const = default;
 };
 
 // The value; nothing when the key or value is missing, cannot be opened for reading and writing, or holds

@@ -17,12 +17,12 @@ namespace {
 
 constexpr std::int64_t kBoundMs = 20'000;
 
-// A call that the next turn of the loop makes.
+// A call that the next turn of the loop makes, or a later one.
 class Later {
  public:
-    explicit Later(std::function<void()> call) : call_(std::move(call)) {
+    explicit Later(std::function<void()> call, std::int64_t milliseconds = 0) : call_(std::move(call)) {
         timer_.Tick.Bind(call_);
-        timer_.StartOnce(0);
+        timer_.StartOnce(milliseconds);
     }
 
  private:
@@ -41,10 +41,7 @@ class EventLoopContract : public testing::Test {
 TEST_F(EventLoopContract, WhatIsDueRunsLaterAndInOrderAndWhatIsPendingWithoutWaiting) {
     std::string order;
     std::optional<Later> third;
-    net::Timer timer;
-    auto tick = [&] { order += "late"; };
-    timer.Tick.Bind(tick);
-    timer.StartOnce(kBoundMs);
+    const Later late([&] { order += "late"; }, kBoundMs);
     const Later first([&] {
         order += '1';
         third.emplace([&] { order += '3'; });
@@ -145,12 +142,9 @@ TEST_F(EventLoopContract, ATimerMayBeDestroyedByItsOwnTick) {
 
 TEST_F(EventLoopContract, AHandlerMayRunALoopOfItsOwn) {
     std::string order;
-    net::Timer timer;
-    auto tick = [&] { order += 't'; };
-    timer.Tick.Bind(tick);
     const Later outer([&] {
         order += '(';
-        timer.StartOnce(5);
+        const Later tick([&] { order += 't'; }, 5);
         net::RunEventLoopUntil([&] { return order == "(t"; }, kBoundMs);
         order += ')';
     });

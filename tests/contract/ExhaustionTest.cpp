@@ -31,12 +31,7 @@ TEST_F(TcpContract, WithoutFreeFilesAcceptingPausesAndRecovers) {
     waiting.Send("2");
 
     int turns = 0;
-    net::RunEventLoopUntil(
-        [&] {
-            ++turns;
-            return false;
-        },
-        300);
+    net::RunEventLoopUntil([&] { return ++turns, false; }, 300);
     EXPECT_EQ(requests, 0);
     EXPECT_LT(turns, 50);  // a loop that spun would make some hundred thousand
 

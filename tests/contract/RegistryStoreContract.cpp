@@ -5,6 +5,7 @@
 
 #include <vector>
 
+#include "base/Text.h"
 #include "tests/contract/Implementation.h"
 
 namespace {
@@ -52,12 +53,10 @@ TEST_F(RegistryStoreContract, KeepsEveryTypeAndTextAndNumberOfBytes) {
             EXPECT_EQ(Read(kKey, "ended"), text);
         }
     }
-    for (const auto& [type, data] : values) {
-        ASSERT_TRUE(os::WriteRegistryValue(kHive, kKey, "name", type, data));
-        const auto value = os::ReadRegistryValue(kHive, kKey, "name", kMaxBytes);
-        ASSERT_TRUE(value) << type << " " << data;
-        EXPECT_EQ(value->type, type) << data;
-        EXPECT_EQ(value->data, data) << type;
+    for (const auto& value : values) {
+        ASSERT_TRUE(os::WriteRegistryValue(kHive, kKey, "name", value.type, value.data));
+        EXPECT_TRUE(os::ReadRegistryValue(kHive, kKey, "name", kMaxBytes) == value)
+            << value.type << " " << value.data << " is read as " << Read(kKey, "name");
     }
 }
 
@@ -74,7 +73,7 @@ TEST_F(RegistryStoreContract, KeepsValuesApartByAnyName) {
 TEST_F(RegistryStoreContract, CaseAndATrailingSeparatorDoNotMatter) {
     ASSERT_TRUE(os::WriteRegistryValue(kHive, kKey + "\\", "Name", os::RegistryType::Binary, "first"));
     std::string upper = kKey;
-    for (char& c : upper) c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+    for (char& c : upper) c = UpperAscii(c);
     EXPECT_EQ(Read(upper, "nAME"), "first");
     ASSERT_TRUE(os::WriteRegistryValue(kHive, upper, "NAME", os::RegistryType::Binary, "second"));
     EXPECT_EQ(Read(kKey, "Name"), "second");

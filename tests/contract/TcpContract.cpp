@@ -151,18 +151,14 @@ TEST_F(TcpContract, HalfClosedPeerStillGetsWhatIsSent) {
 
 TEST_F(TcpContract, AResetFailsBehindTheBytesThatCameBeforeItOnceTheyMayBeRead) {
     if (!CanAbort()) GTEST_SKIP() << "no resets are sent here";
-    struct Row {
-        const char* name;
-        bool held;
-    };
-    for (const auto& row : {Row{"reading", false}, Row{"held", true}}) {
-        SCOPED_TRACE(row.name);
+    for (const bool isHeld : {false, true}) {
+        SCOPED_TRACE(isHeld ? "held" : "reading");
         Recorder server;
         const auto peer = ConnectRaw(server);
-        server.socket->HoldReading(row.held);
+        server.socket->HoldReading(isHeld);
         peer->Send("half a fra");
         peer->Abort();
-        if (row.held) {
+        if (isHeld) {
             LetPass();
             EXPECT_EQ(server.events, "");
             server.socket->HoldReading(false);
@@ -239,28 +235,19 @@ TEST_F(TcpContract, NoEventComesAfterClose) {
 }
 
 TEST_F(TcpContract, AHandlerMayDestroyItsOwnSocket) {
-    const auto data = Connect();
-    data->server.onData = [&](std::span<char>) { data->server.socket.reset(); };
-    data->client.socket->Send("x");
-    EXPECT_TRUE(Wait([&] { return data->server.socket == nullptr; }));
-
-    const auto closed = Connect();
-    closed->server.onClosed = [&] { closed->server.socket.reset(); };
-    closed->client.socket->Close();
-    EXPECT_TRUE(Wait([&] { return closed->server.socket == nullptr; }));
-
-    if (CanAbort()) {
-        Recorder failed;
-        const auto peer = ConnectRaw(failed);
-        failed.onFailed = [&] { failed.socket.reset(); };
-        peer->Abort();
-        EXPECT_TRUE(Wait([&] { return failed.socket == nullptr; }));
-    }
-
-    Recorder connected;
-    connected.onConnected = [&] { connected.socket.reset(); };
-    connected.socket->Connect("127.0.0.1", listener.Port());
-    EXPECT_TRUE(Wait([&] { return connected.socket == nullptr; }));
+    const auto isDestroyedBy = [&](Recorder& recorder, const std::function<void()>& happens) {
+        recorder.onData = [&](std::span<char>) { recorder.socket.reset(); };
+        recorder.onOther = [&] { recorder.socket.reset(); };
+        happens();
+        EXPECT_TRUE(Wait([&] { return recorder.socket == nullptr; })) << recorder.events;
+    };
+    const auto data = Connect(), closed = Connect();
+    isDestroyedBy(data->server, [&] { data->client.socket->Send("x"); });
+    isDestroyedBy(closed->server, [&] { closed->client.socket->Close(); });
+    Recorder failed, connected;
+    const auto peer = ConnectRaw(failed);
+    if (CanAbort()) isDestroyedBy(failed, [&] { peer->Abort(); });
+    isDestroyedBy(connected, [&] { connected.socket->Connect("127.0.0.1", listener.Port()); });
 }
 
 TEST_F(TcpContract, AHandlerMayDestroyAnotherSocketWhoseEventsWait) {

@@ -9,11 +9,12 @@ namespace {
 class TcpFlowContract : public TcpContract {
  protected:
     static std::string_view View(std::span<char> bytes) { return {bytes.data(), bytes.size()}; }
+
+    // What comes from one client is sent to another.
+    std::unique_ptr<Pair> in = Connect(), out = Connect();
 };
 
 TEST_F(TcpFlowContract, PartsOfTheReadBufferArriveInOrderAndAsTheyWereAtSend) {
-    const auto in = Connect();
-    const auto out = Connect();
     in->server.onData = [&](std::span<char> bytes) {
         for (auto& byte : bytes) ++byte;
         const auto all = View(bytes);
@@ -32,24 +33,20 @@ TEST_F(TcpFlowContract, PartsOfTheReadBufferArriveInOrderAndAsTheyWereAtSend) {
 }
 
 TEST_F(TcpFlowContract, OneHandlerMaySendToSeveralSockets) {
-    const auto in = Connect();
-    const auto one = Connect();
     const auto other = Connect();
     in->server.onData = [&](std::span<char> bytes) {
         for (std::size_t index = 0; index < bytes.size(); ++index)
-            (index % 2 == 0 ? one : other)->server.socket->Send(View(bytes).substr(index, 1));
+            (index % 2 == 0 ? out : other)->server.socket->Send(View(bytes).substr(index, 1));
         in->server.socket->Send("taken");
     };
     in->client.socket->Send("a1b2c3");
     ASSERT_TRUE(Wait([&] {
-        return one->client.received == "abc" && other->client.received == "123" &&
+        return out->client.received == "abc" && other->client.received == "123" &&
                in->client.received == "taken";
     }));
 }
 
 TEST_F(TcpFlowContract, WhatAHandlerSendsBeforeItClosesIsDelivered) {
-    const auto in = Connect();
-    const auto out = Connect();
     in->server.onData = [&](std::span<char> bytes) {
         out->server.socket->Send(View(bytes));
         out->server.socket.reset();
@@ -61,8 +58,6 @@ TEST_F(TcpFlowContract, WhatAHandlerSendsBeforeItClosesIsDelivered) {
 }
 
 TEST_F(TcpFlowContract, AFailingHandlerLosesNeitherItsBytesNorTheConnection) {
-    const auto in = Connect();
-    const auto out = Connect();
     in->server.onData = [&](std::span<char> bytes) {
         out->server.socket->Send(View(bytes));
         throw std::runtime_error("a handler that fails");
@@ -74,8 +69,6 @@ TEST_F(TcpFlowContract, AFailingHandlerLosesNeitherItsBytesNorTheConnection) {
 }
 
 TEST_F(TcpFlowContract, AStuckReceiverCostsABoundedQueueAndSlowsNobody) {
-    const auto in = Connect();
-    const auto out = Connect();
     const auto bystander = Connect();
     auto& toSink = *out->server.socket;
     std::size_t largestQueue = 0;
@@ -103,8 +96,6 @@ TEST_F(TcpFlowContract, AStuckReceiverCostsABoundedQueueAndSlowsNobody) {
 }
 
 TEST_F(TcpFlowContract, ReadingGoesOnWhenTheStuckPartnerCloses) {
-    const auto in = Connect();
-    const auto out = Connect();
     in->server.socket->ReadFor(*out->server.socket);
     in->server.onData = [&](std::span<char> bytes) {
         if (out->server.socket) out->server.socket->Send(View(bytes));
@@ -120,8 +111,7 @@ TEST_F(TcpFlowContract, ReadingGoesOnWhenTheStuckPartnerCloses) {
 }
 
 TEST_F(TcpFlowContract, ABusySocketLetsOthersAndTimersHaveTheirTurn) {
-    const auto busy = Connect();
-    const auto quiet = Connect();
+    auto &busy = in, &quiet = out;
     std::size_t busyBytes = 0;
     std::size_t atPing = 0;
     std::size_t atTick = 0;

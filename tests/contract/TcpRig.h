@@ -31,7 +31,7 @@ class Recorder {
     std::int32_t failure = 0;
     // Run inside the events, after they have been written down; `onData` instead of keeping the bytes.
     std::function<void(std::span<char>)> onData;
-    std::function<void()> onConnected, onClosed, onFailed;
+    std::function<void()> onOther;
 
  private:
     void socket_Data(std::span<char> bytes) {
@@ -40,18 +40,15 @@ class Recorder {
         if (onData) return onData(bytes);
         received.append(bytes.data(), bytes.size());
     }
-    void socket_Connected() {
-        events += 'C';
-        if (onConnected) onConnected();
-    }
-    void socket_Closed() {
-        events += 'E';
-        if (onClosed) onClosed();
-    }
+    void socket_Connected() { Note('C'); }
+    void socket_Closed() { Note('E'); }
     void socket_Failed(std::int32_t number) {
-        events += 'F';
         failure = number;
-        if (onFailed) onFailed();
+        Note('F');
+    }
+    void Note(char event) {
+        events += event;
+        if (onOther) onOther();
     }
 };
 
