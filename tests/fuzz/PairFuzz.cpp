@@ -14,6 +14,7 @@
 #include "os/fake/FakeClock.h"
 #include "os/fake/FakeFiles.h"
 #include "tests/fuzz/Check.h"
+#include "tests/fuzz/Input.h"
 #include "tests/fuzz/ReferenceReader.h"
 #include "tests/unit/LiteralReplacer.h"
 #include "tests/unit/Rig.h"
@@ -116,22 +117,6 @@ void SwitchOn(std::uint8_t features) {
     modRegistry::WriteSetting("logfolder", "1");
     modRegistry::WriteSetting("seehtml", (features & kProfiles) != 0 ? "1" : "0");
 }
-
-class Input {
- public:
-    Input(const std::uint8_t* bytes, std::size_t size) : rest_(reinterpret_cast<const char*>(bytes), size) {}
-
-    bool IsEmpty() const { return rest_.empty(); }
-    std::uint8_t Byte() { return IsEmpty() ? std::uint8_t{0} : static_cast<std::uint8_t>(Bytes(1).front()); }
-    std::string Bytes(std::size_t count) {
-        std::string bytes(rest_.substr(0, count));
-        rest_.remove_prefix(bytes.size());
-        return bytes;
-    }
-
- private:
-    std::string_view rest_;
-};
 
 // Slot 0 is the one under attack; so a command for nobody goes there.
 void Attack(Input input, Stream& toServer, Stream& toClient) {

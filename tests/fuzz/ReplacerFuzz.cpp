@@ -1,11 +1,11 @@
 // The alias list as a file and the rewriting of frames by it, against the literal algorithm. The input is
 // the payload, behind its length in one byte, and then the file.
-#include <algorithm>
 #include <cstdint>
 
 #include "features/modSNReplace.h"
 #include "os/fake/FakeFiles.h"
 #include "tests/fuzz/Check.h"
+#include "tests/fuzz/Input.h"
 #include "tests/unit/LiteralReplacer.h"
 
 namespace {
@@ -22,10 +22,9 @@ std::vector<Replacement> AppliedPairs() {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-    if (size == 0) return 0;
-    const auto payloadSize = std::min<std::size_t>(bytes[0], size - 1);
-    const ByteString payload(bytes + 1, bytes + 1 + payloadSize);
-    os::fake::PutFile("/program\\repl.dat", std::string(bytes + 1 + payloadSize, bytes + size));
+    Input input(bytes, size);
+    const auto payload = input.Bytes(input.Byte());
+    os::fake::PutFile("/program\\repl.dat", input.Rest());
 
     const auto pairs = AppliedPairs();
     const auto list = modSNReplace::LoadReplacements();

@@ -3,6 +3,7 @@
 #include <gumbo.h>
 #include <strings.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -28,22 +29,10 @@ void CheckNode(const GumboNode& node) {
     Check(node.type != GUMBO_NODE_COMMENT && node.type != GUMBO_NODE_TEMPLATE, "no comment, no template");
     if (node.type != GUMBO_NODE_ELEMENT) return;
     const auto& element = node.v.element;
-    switch (element.tag) {
-        case GUMBO_TAG_HTML:
-        case GUMBO_TAG_HEAD:
-        case GUMBO_TAG_BODY:
-        case GUMBO_TAG_FONT:
-        case GUMBO_TAG_B:
-        case GUMBO_TAG_I:
-        case GUMBO_TAG_U:
-        case GUMBO_TAG_S:
-        case GUMBO_TAG_A:
-        case GUMBO_TAG_BR:
-        case GUMBO_TAG_HR:
-            break;
-        default:
-            Check(false, "only the tags of the list");
-    }
+    constexpr GumboTag kTags[] = {GUMBO_TAG_HTML, GUMBO_TAG_HEAD, GUMBO_TAG_BODY, GUMBO_TAG_FONT,
+                                  GUMBO_TAG_B,    GUMBO_TAG_I,    GUMBO_TAG_U,    GUMBO_TAG_S,
+                                  GUMBO_TAG_A,    GUMBO_TAG_BR,   GUMBO_TAG_HR};
+    Check(std::ranges::find(kTags, element.tag) != std::end(kTags), "only the tags of the list");
     for (unsigned i = 0; i < element.attributes.length; ++i) {
         Check(IsHarmless(*static_cast<const GumboAttribute*>(element.attributes.data[i])),
               "only harmless attributes");
