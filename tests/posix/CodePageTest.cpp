@@ -1,7 +1,6 @@
 // The program's texts natively: UTF-8, and how they leave for a server.
 #include <gtest/gtest.h>
 
-#include "base/Unicode.h"
 #include "os/CodePage.h"
 
 TEST(CodePage, ATextLeavesInSingleBytesWhereTheyHoldItAndInUcs2Otherwise) {

@@ -52,46 +52,42 @@ TEST_F(AimClient, AClientThatCannotBeEndedIsSaidUnlessSilent) {
 }
 
 TEST_F(AimClient, WhatTheClientHadBeforeIsKeptAndGivenBackByteForByte) {
+    constexpr const char* kNames[] = {"Enabled", "Host", "Port"};
     using Value = std::optional<os::RegistryValue>;
-    const auto read = [](const char* name) -> Value {
-        return os::ReadRegistryValue(kHive, kProxyKey, name, 99);
-    };
+    using Values = std::vector<Value>;
     const auto number = [](const ByteString& bytes) -> Value { return {{os::RegistryType::DWord, bytes}}; };
     const auto text = [](const char* letters) -> Value { return {{os::RegistryType::String, letters}}; };
     const auto off = number("00 00 00 00"_hex), on = number("01 00 00 00"_hex);
-    const auto our = number("48 2B 00 00"_hex), other = number("38 04 00 00"_hex);
+    const Value none;
+    const Values nothing = {none, none, none}, switchedOff = {off, none, none};
+    const Values another = {on, text("proxy"), number("38 04 00 00"_hex)};
+    const Values ours = {off, text("127.0.0.1"), number("48 2B 00 00"_hex)};
     const struct {
         const char* name;
-        Value enabled, host, port;  // before
-        Value enabledAfter, hostAfter, portAfter;
+        Values before, after;
     } cases[] = {
-        {"nothing: switched off", {}, {}, {}, off, text("127.0.0.1"), our},
-        {"a proxy in use", on, text("proxy"), other, on, text("proxy"), other},
-        {"the same, set up over it again", on, text("proxy"), other, on, text("proxy"), other},
-        {"a part only", off, {}, {}, off, {}, {}},
-        {"ours, switched off: what was kept stays", off, text("127.0.0.1"), our, off, {}, {}},
-        {"nothing again: forgotten", {}, {}, {}, off, text("127.0.0.1"), our},
+        {"nothing: switched off", nothing, ours},
+        {"a proxy in use", another, another},
+        {"the same, set up over it again", another, another},
+        {"a part only", switchedOff, switchedOff},
+        {"ours, switched off: what was kept stays", ours, switchedOff},
+        {"nothing again: forgotten", nothing, ours},
     };
-    const auto put = [](const char* name, const Value& value) {
-        os::RemoveRegistryValue(kHive, kProxyKey, name);
-        if (value) os::WriteRegistryValue(kHive, kProxyKey, name, value->type, value->data);
-    };
-    const auto same = [](const Value& one, const Value& two) {
-        return one.has_value() == two.has_value() &&
-               (!one || (one->type == two->type && one->data == two->data));
-    };
-    for (const auto& row : cases) {
-        put("Enabled", row.enabled);
-        put("Host", row.host);
-        put("Port", row.port);
-        put("Protocol", {});
+    for (const auto& [name, before, after] : cases) {
+        os::RemoveRegistryValue(kHive, kProxyKey, "Protocol");
+        for (std::size_t i = 0; i < before.size(); ++i) {
+            os::RemoveRegistryValue(kHive, kProxyKey, kNames[i]);
+            if (before[i])
+                os::WriteRegistryValue(kHive, kProxyKey, kNames[i], before[i]->type, before[i]->data);
+        }
         modSystem::SetupAim(true);
-        EXPECT_EQ(Proxy("Host") + Proxy("Port") + Proxy("Enabled"), "127.0.0.1110801") << row.name;
+        EXPECT_EQ(Proxy("Host") + Proxy("Port") + Proxy("Enabled"), "127.0.0.1110801") << name;
         for (int time = 0; time < 2; ++time) {
             modSystem::RevertSettings(true, true);
-            EXPECT_TRUE(same(read("Enabled"), row.enabledAfter)) << row.name;
-            EXPECT_TRUE(same(read("Host"), row.hostAfter)) << row.name;
-            EXPECT_TRUE(same(read("Port"), row.portAfter)) << row.name;
+            Values now;
+            for (const char* value : kNames)
+                now.push_back(os::ReadRegistryValue(kHive, kProxyKey, value, 99));
+            EXPECT_TRUE(now == after) << name;
         }
     }
 }

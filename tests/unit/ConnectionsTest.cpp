@@ -174,8 +174,7 @@ TEST_F(ConnectionsTest, TheVerdictSaysWhatBecameOfTheLastSignOn) {
          [](Case& test) { test.Authorise(Tlv(8, "00 05"_hex)); }},
         {State::SentAstray,
          "The server sent AIM to 198.51.100.9:5190, which cannot be reached from here. Its operator must "
-         "change "
-         "the address that it advertises.",
+         "change the address that it advertises.",
          [](Case& test) {
              test.Authorise(SentTo("198.51.100.9:5190"));
              const auto first = os::fake::OutgoingCount();

@@ -8,7 +8,7 @@ namespace {
 // A feature that does what the test says, and notes what it is told.
 struct Script {
     std::function<Verdict(Session&, FrameView&)> frame;
-    std::string told;
+    std::string told = {};
 };
 
 FeatureEntry Scripted(Script& script, std::vector<Interest> interests, Made made = Made::WithFirstFrame) {
@@ -48,10 +48,9 @@ TEST(Features, SeeWhatTheyWantAndNothingElse) {
     for (const auto& [what, interests, wanted] : cases) {
         std::string seen;
         Script script{[&](Session&, FrameView& frame) {
-                          seen += frame.Payload().back();
-                          return Verdict::Pass;
-                      },
-                      ""};
+            seen += frame.Payload().back();
+            return Verdict::Pass;
+        }};
         Rig rig({Scripted(script, interests)});
         auto [client, server] = rig.ConnectPair();
         client.Feed(Frame(2, 1, Snac(4, 7, "a")));
@@ -66,20 +65,19 @@ TEST(Features, SeeWhatTheyWantAndNothingElse) {
 
 TEST(Features, MayReplaceDropAndSendEitherWayWithoutAGapInTheNumbers) {
     Script script{[](Session& session, FrameView& frame) {
-                      switch (frame.Payload().back()) {
-                          case 'd':
-                              return Verdict::Drop;
-                          case 'r':
-                              frame.Replace(Snac(4, 9, "replaced"));
-                              return Verdict::Pass;
-                          case 'b':  // both ways, the answer on a channel of its own
-                              session.Send(Direction::ToServer, Snac(4, 9, "sent"));
-                              session.Send(Direction::ToClient, "answer", 5);
-                              return Verdict::Pass;
-                      }
-                      return Fail();
-                  },
-                  ""};
+        switch (frame.Payload().back()) {
+            case 'd':
+                return Verdict::Drop;
+            case 'r':
+                frame.Replace(Snac(4, 9, "replaced"));
+                return Verdict::Pass;
+            case 'b':  // both ways, the answer on a channel of its own
+                session.Send(Direction::ToServer, Snac(4, 9, "sent"));
+                session.Send(Direction::ToClient, "answer", 5);
+                return Verdict::Pass;
+        }
+        return Fail();
+    }};
     Rig rig({Scripted(script, {{4, 7, Direction::ToServer}})});
     auto [client, server] = rig.ConnectTalking();
     client.Feed(Frame(2, 2, Snac(4, 7, "d")) + Frame(2, 3, Snac(4, 7, "r")) + Frame(2, 4, Snac(4, 7, "x")) +

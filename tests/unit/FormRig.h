@@ -6,7 +6,6 @@
 #include "os/RegistryStore.h"
 #include "os/fake/FakeDialog.h"
 #include "os/fake/FakeFiles.h"
-#include "os/fake/FakeRegistryStore.h"
 #include "tests/unit/FreshWorld.h"
 #include "tests/unit/Rig.h"
 

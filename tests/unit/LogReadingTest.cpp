@@ -28,8 +28,6 @@ std::string Marked(std::string_view question, std::string_view line) {
     return text;
 }
 
-}  // namespace
-
 TEST(LogReader, ReadsBothFormsAsTheyWereSaid) {
     EXPECT_EQ(
         Conversation("Fred (13:05:09): hi\r\nthere\r\nMy Name (13:05:10): you (01:02:03) &lt;3\r\n", false),
@@ -60,8 +58,6 @@ TEST(Question, MarksWordsOfAnyScriptByTheirBeginnings) {
     EXPECT_EQ(Marked(std::string(60, 'a'), std::string(70, 'a')), "[" + std::string(70, 'a') + "]");
 }
 
-namespace {
-
 std::string BytesOf(const LogIndex& index) {
     std::string bytes;
     LogIndex::Writer writer(index);
@@ -75,8 +71,6 @@ std::optional<LogIndex> FromBytes(const std::string& bytes) {
     }
     return loader.Take();
 }
-
-}  // namespace
 
 TEST(LogIndex, FindsFilesByTheBeginningsOfTheirWords) {
     const auto add = [](LogIndex& to, const LogIndex::File& file, std::initializer_list<const char*> words) {
@@ -115,8 +109,6 @@ TEST(LogIndex, FindsFilesByTheBeginningsOfTheirWords) {
     }
 }
 
-namespace {
-
 constexpr const char* kFresh = "/program/logs.idx.fresh";
 
 struct LogLibraryTest : FreshWorld {
@@ -145,8 +137,6 @@ struct LogLibraryTest : FreshWorld {
         return all;
     }
 };
-
-}  // namespace
 
 TEST_F(LogLibraryTest, ListsReadsAndSearchesBothFormsInBothPlaces) {
     EXPECT_EQ(Printed(""), "Ada (1 day)\nFred (2 days)\n");
@@ -230,3 +220,5 @@ TEST_F(LogLibraryTest, ASearchGoesOnInSlicesAndTheNextOneTakesItsPlace) {
     EXPECT_FALSE(library.IsBusy());
     EXPECT_TRUE(library.Hits().empty());
 }
+
+}  // namespace

@@ -49,9 +49,8 @@ TEST_F(MessagesPageTest, ShowsNamesDaysAndConversations) {
     user.Press("logOpen");
     user.Press("logFolder");
     user.Press("logPrint");
-    const std::vector<std::string> opened = {"C:/AimLogs/Fred 2004-05-06.txt", "C:/AimLogs",
-                                             "print C:/AimLogs/Fred 2004-05-06.txt"};
-    EXPECT_EQ(os::fake::shell.opened, opened);
+    EXPECT_EQ(os::fake::shell.opened, (Texts{"C:/AimLogs/Fred 2004-05-06.txt", "C:/AimLogs",
+                                             "print C:/AimLogs/Fred 2004-05-06.txt"}));
     user.Press("logCopy");
     EXPECT_EQ(os::fake::shell.clipboard, form.Window().Text("logText"));
 

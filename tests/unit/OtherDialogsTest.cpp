@@ -1,4 +1,6 @@
 // The replacer, the bug form, and the oddities in the texts of all dialogs.
+#include "desktop/frmBug.h"
+#include "features/dialogs/frmSNReplacer.h"
 #include "features/modSNReplace.h"
 #include "tests/unit/AllDialogs.h"
 

@@ -41,7 +41,7 @@ class Rig {
     Rig& operator=(const Rig&) = delete;
 
     // A client connects and asks for a server at 10.0.0.5:5190.
-    os::fake::Peer& Connect() {
+    static os::fake::Peer& Connect() {
         auto& client = ConnectSilently();
         client.Feed(kRequest);
         return client;

@@ -28,12 +28,6 @@ struct MainForm : FreshWorld {
         form_.emplace();
     }
 
-    static os::fake::Peer& ConnectClient() {
-        auto& client = Rig::ConnectSilently();
-        client.Feed(Rig::kRequest);
-        return client;
-    }
-
     static void RunAim() { os::fake::processes.running = {{8, "C:\\AIM95\\aim.exe"}}; }
     // -1 while nobody has written it.
     static int ProxyEnabled() {
@@ -55,7 +49,7 @@ TEST_F(MainForm, OnlyTheRightButtonOpensTheMenuAndCloseInItEndsTheProgram) {
         return request.entries.back().id;
     };
     form_->Form_Load();
-    auto& client = ConnectClient();
+    auto& client = Rig::Connect();
     for (const auto message : {kLeftDown, kRightDouble}) os::fake::SendTrayCallback(message);
     EXPECT_EQ(menus + os::fake::ShownDialogCount("Wrenlow"), 0);
     os::fake::SendTrayCallback(kLeftDouble);
@@ -65,7 +59,7 @@ TEST_F(MainForm, OnlyTheRightButtonOpensTheMenuAndCloseInItEndsTheProgram) {
     EXPECT_TRUE(form_->IsUnloaded());
     EXPECT_TRUE(client.SawClose());
     EXPECT_FALSE(os::fake::tray.shown);
-    EXPECT_THROW(ConnectClient(), std::logic_error);
+    EXPECT_THROW(Rig::Connect(), std::logic_error);
 }
 
 TEST_F(MainForm, TheEndOfTheSessionCountsWhenItIsCertainAndOnce) {
@@ -79,29 +73,24 @@ TEST_F(MainForm, TheEndOfTheSessionCountsWhenItIsCertainAndOnce) {
     EXPECT_EQ(os::fake::registry.changes, changes);
 }
 
-TEST_F(MainForm, StartingComesAsFarAsListeningAndTheSettingsBeforeItAsks) {
+// What the settings ask for touches other programs' windows, and any of them may hang.
+TEST_F(MainForm, StartingListensThenPutsTheSettingsInForceAndAsksAtTheEnd) {
     RunAim();
+    bool isServed = false;
+    os::fake::topWindows.duringEnumeration = [&] {
+        Rig::Connect();
+        isServed = true;
+    };
     os::fake::boxes.during = [&] {
+        EXPECT_TRUE(isServed);
         EXPECT_TRUE(os::fake::tray.shown);
-        ConnectClient();
         EXPECT_EQ(modRegistry::ReadSetting("setupaim"), "1") << "the defaults are written";
         throw std::runtime_error("on purpose");
     };
     form_->Form_Load();
     EXPECT_TRUE(ErrorText().ends_with("on purpose\r\nat: modSystem:StartWrenlow: 0")) << ErrorText();
-    ConnectClient();
+    Rig::Connect();
     EXPECT_FALSE(form_->IsUnloaded());
-}
-
-// What the settings ask for touches other programs' windows, and any of them may hang.
-TEST_F(MainForm, ClientsAreServedBeforeTheSettingsArePutInForce) {
-    bool isServed = false;
-    os::fake::topWindows.duringEnumeration = [&] {
-        ConnectClient();
-        isServed = true;
-    };
-    form_->Form_Load();
-    EXPECT_TRUE(isServed);
 }
 
 TEST_F(MainForm, APortThatIsHeldIsTriedForAMinuteAndThenExplained) {
@@ -117,7 +106,7 @@ TEST_F(MainForm, APortThatIsHeldIsTriedForAMinuteAndThenExplained) {
         if (isFreed) holder.reset();
         os::fake::AdvanceClock(2'000);
         EXPECT_EQ(modError::OpenWindowCount(), isFreed ? 0u : 1u);
-        if (isFreed) ConnectClient();
+        if (isFreed) Rig::Connect();
     }
     EXPECT_TRUE(ErrorText().starts_with("10048: Port 11080 is in use by another program,")) << ErrorText();
     EXPECT_TRUE(ErrorText().ends_with("\r\nat: modSocket:WinsockStartListen: 0")) << ErrorText();
@@ -136,7 +125,7 @@ TEST_F(MainForm, TheTipSaysWhatIsWrongOrWhoIsSignedOnAsFarAsThereIsRoom) {
     };
     std::vector<os::fake::Peer*> clients;
     for (const auto& [name, tip] : signOns) {
-        clients.push_back(&ConnectClient());
+        clients.push_back(&Rig::Connect());
         auto& server = Rig::LastServer();
         Accept(server);
         clients.back()->Feed(kHello);
@@ -147,7 +136,7 @@ TEST_F(MainForm, TheTipSaysWhatIsWrongOrWhoIsSignedOnAsFarAsThereIsRoom) {
     for (auto* client : clients) client->Close();
     os::fake::AdvanceClock(200);
     EXPECT_EQ(os::fake::ShownTip(), "Wrenlow");
-    ConnectClient();
+    Rig::Connect();
     Rig::LastServer().RefuseConnect();
     os::fake::AdvanceClock(200);
     EXPECT_EQ(os::fake::ShownTip(), "Wrenlow - server unreachable");
@@ -227,16 +216,12 @@ TEST_F(MainForm, TheEndWritesTheClientsSettingsBeforeItClosesConnections) {
         form_.reset();
         form_.emplace();
         form_->Form_Load();
-        ConnectClient();
+        Rig::Connect();
         EXPECT_EQ(ProxyEnabled(), 1);
         int enabledAtTheClose = -1;
         auto note = [&](std::size_t, std::int32_t) { enabledAtTheClose = ProxyEnabled(); };
         Relay::Current()->Closed.Bind(note);
-        if (isSession) {
-            os::fake::mainWindow->EndSession(true);
-        } else {
-            os::fake::mainWindow->CloseRequested();
-        }
+        isSession ? os::fake::mainWindow->EndSession(true) : os::fake::mainWindow->CloseRequested();
         Relay::Current()->Closed.Reset();
         EXPECT_EQ(enabledAtTheClose, 0);
     }
@@ -244,7 +229,7 @@ TEST_F(MainForm, TheEndWritesTheClientsSettingsBeforeItClosesConnections) {
 
 TEST_F(MainForm, APeerThatTakesNothingHoldsTheEndUpForLessThanTwoSeconds) {
     form_->Form_Load();
-    auto& client = ConnectClient();
+    auto& client = Rig::Connect();
     Accept(os::fake::Outgoing(0));
     client.Feed(kHello);
     client.LimitReceived(0);

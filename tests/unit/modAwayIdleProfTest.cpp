@@ -23,10 +23,10 @@ clsHeaderFLAP Received(const ByteString& data) {
 }
 
 // A profile and its source below it.
+const std::string kBetween =
+    "<br></body></center><body bgcolor=\"#ffffff\"></font><hr><font face=\"fixedsys\">";
 ByteString Shown(const std::string& profile, const std::string& source) {
-    return Tlv(2, profile +
-                      "<br></body></center><body bgcolor=\"#ffffff\"></font><hr><font face=\"fixedsys\">" +
-                      source);
+    return Tlv(2, profile + kBetween + source);
 }
 
 }  // namespace
@@ -68,15 +68,9 @@ TEST(modAwayIdleProf, TheSourceIsInTheProfilesOwnCharacters) {
         ByteString profile, shown;
     } cases[] = {
         {"text/aolrtf; charset=\"unicode-2-0\"", profile,
-         profile +
-             wire::Ucs2FromAscii("<br></body></center><body bgcolor=\"#ffffff\"></font><hr>"
-                                 "<font face=\"fixedsys\">&lt;b>") +
-             "30 42"_hex},
-        {"text/x-aolrtf; charset=unicode-2-0; x=y", "3C 00"_hex,
-         "3C 00"_hex +
-             wire::Ucs2FromAscii(
-                 "<br></body></center><body bgcolor=\"#ffffff\"></font><hr><font face=\"fixedsys\">") +
-             "3C 00"_hex},  // no "<" but another character
+         profile + wire::Ucs2FromAscii(kBetween + "&lt;b>") + "30 42"_hex},
+        {"text/x-aolrtf; charset=unicode-2-0; x=y", "3C 00"_hex,  // no "<" but another character
+         "3C 00"_hex + wire::Ucs2FromAscii(kBetween) + "3C 00"_hex},
         {"text/aolrtf; charset=\"unicode-2-0\"", "00 '<' 00"_hex, "00 '<' 00"_hex},
         {"text/aolrtf; charset=\"shift-jis\"", "<", "<"},
         {"text/aolrtf; charset=\"ISO-8859-1\"", "<", Shown("<", "&lt;").substr(4)},

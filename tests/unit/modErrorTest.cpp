@@ -12,9 +12,7 @@ using os::fake::DialogUser;
 
 constexpr char kCaption[] = "Wrenlow";
 
-class ErrorWindows : public FreshWorld {
- protected:
-    ErrorWindows() : before_(SetErrorReporter(modError::ReportError)) {}
+struct ErrorWindows : FreshWorld {
     ~ErrorWindows() override {
         modError::DiscardWindows();
         SetErrorReporter(before_);
@@ -30,8 +28,7 @@ class ErrorWindows : public FreshWorld {
     // Of the window on top.
     static std::string Text() { return DialogUser(kCaption).Window().Text("lblError"); }
 
- private:
-    ErrorReporter before_;
+    const ErrorReporter before_ = SetErrorReporter(modError::ReportError);
 };
 
 TEST_F(ErrorWindows, TwoReportsReadToTheLetterInWindowsThatCloseByThemselves) {

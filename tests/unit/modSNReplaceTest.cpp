@@ -123,6 +123,8 @@ TEST(modSNReplace, TheLengthsAroundWhatWasReplacedFit) {
     const auto user = [](const ByteString& name) {
         return Named(name) + "00 00 00 01 00 01 00 02 00 10"_hex;
     };
+    const auto across = Snac(0x13, 0x1C, "06 'x' 09 'asdf' '1234 z'"_hex);
+    const auto full = Snac(0x13, 0x1C, Named(ByteString(250, 'x') + "04 'Fred'"_hex));
     const struct {
         const char* name;
         Direction direction;
@@ -150,15 +152,8 @@ TEST(modSNReplace, TheLengthsAroundWhatWasReplacedFit) {
          Snac(0x0E, 5, said(Tlv(5, "00 01 00 0F 04 'Fred'"_hex))),
          Snac(0x0E, 5, said(Tlv(5, "00 01 00 0F 08 'asdf1234'"_hex)))},
         // What would tear the frame is left alone.
-        {"across the end of a block", ToClient, Snac(0x13, 0x1C, "06 'x' 09 'asdf' '1234 z'"_hex),
-         Snac(0x13, 0x1C, "06 'x' 09 'asdf' '1234 z'"_hex)},
-        {"a length of one byte that cannot grow", ToServer,
-         Snac(0x13, 0x1C,
-              Named(ByteString(250, 'x') + "\x04"
-                                           "Fred")),
-         Snac(0x13, 0x1C,
-              Named(ByteString(250, 'x') + "\x04"
-                                           "Fred"))},
+        {"across the end of a block", ToClient, across, across},
+        {"a length of one byte that cannot grow", ToServer, full, full},
     };
     for (const auto& [name, direction, sent, arrives] : cases)
         EXPECT_EQ(PassedOn({{"asdf1234", "Fred"}}, direction, sent), arrives) << name;
