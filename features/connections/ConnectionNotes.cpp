@@ -124,7 +124,6 @@ class ConnectionNotes final : public SessionFeature {
     template <typename Function>
     void Note(Function&& function) {
         if (auto* const leg = connections_.Kept(session_.Slot())) function(*leg);
-        connections_.Tell();
     }
 
     void TakeSnac(FrameView& frame) {

@@ -5,8 +5,6 @@
 
 namespace {
 
-// How long what happens is gathered before the listener is told.
-constexpr std::int64_t kGatherMs = 100;
 constexpr std::size_t kMaxCookies = 64;
 
 void TakeCounts(Leg& leg) {
@@ -33,7 +31,6 @@ Leg* Connections::Kept(std::size_t slot) {
 
 void Connections::NoteSentTo(std::size_t slot, const Place& place) {
     if (auto* const leg = Kept(slot)) leg->sentTo = place;
-    Tell();
 }
 
 void Connections::Refresh() {
@@ -55,7 +52,6 @@ Leg& Connections::Begin(const Session& session) {
     leg.began = os::SecondsSince1970();
     leg.beganMs = os::MonotonicMilliseconds();
     leg.asked = session.Asked();
-    Tell();
     return leg;
 }
 
@@ -65,11 +61,6 @@ void Connections::End(const Session& session) {
         leg->session = nullptr;
         leg->state = Leg::State::Ended;
     }
-    Tell();
-}
-
-void Connections::Tell() {
-    if (!telling_.IsRunning()) telling_.StartOnce(kGatherMs);
 }
 
 void Connections::RememberCookie(std::string_view cookie, const std::string& name) {

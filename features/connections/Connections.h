@@ -11,20 +11,14 @@
 #include <string_view>
 #include <utility>
 
-#include "base/Event.h"
 #include "core/SessionFeature.h"
 #include "features/connections/Leg.h"
-#include "net/EventLoop.h"
 
 class Connections {
  public:
     static constexpr std::size_t kMaxLegs = 500;
 
-    // Something about the legs other than their counts has changed: told once, from the loop, for all that
-    // happened since the last time.
-    Event<> Changed;
-
-    Connections() { telling_.Tick.Bind<&Connections::telling_Tick>(*this); }
+    Connections() = default;
     Connections(const Connections&) = delete;
     Connections& operator=(const Connections&) = delete;
 
@@ -45,13 +39,10 @@ class Connections {
     Leg& Begin(const Session& session);
     Leg* Kept(std::size_t slot);
     void End(const Session& session);
-    void Tell();
-    void telling_Tick() { Changed(); }
     // Who comes with this cookie is that user.
     void RememberCookie(std::string_view cookie, const std::string& name);
     std::string NameByCookie(std::string_view cookie) const;
 
     std::deque<Leg> legs_;
     std::deque<std::pair<std::size_t, std::string>> cookies_;  // by their hashes
-    net::Timer telling_;
 };
