@@ -70,12 +70,16 @@ async def registry_values(key):
 
 
 async def registry_set(key, **values):
-    """A text is stored as one, a number as a double word."""
+    """A text is stored as one, a number as a double word. Once in thousands of times Wine does not start a program at all,
+    without a word; so it may fail once."""
     for name, value in values.items():
         kind = "REG_DWORD" if isinstance(value, int) else "REG_SZ"
-        status, output = await _wine(of_windows("reg"), "add", key, "/v", name, "/t", kind, "/d", str(value), "/f")
-        if status:
-            raise RuntimeError(f"cannot set {name}: {output}")
+        for _ in range(2):
+            status, output = await _wine(of_windows("reg"), "add", key, "/v", name, "/t", kind, "/d", str(value), "/f")
+            if not status:
+                break
+        else:
+            raise RuntimeError(f"cannot set {name}: status {status}, {output!r}")
 
 
 async def registry_forget(key):
